@@ -1,0 +1,78 @@
+#pragma once
+// A small element with a state of its own, used by the element tests.
+
+#include "element/Element.h"
+
+#include <memory>
+
+namespace oxa::test
+{
+struct ProbeState : ElementState
+{
+    using ElementState::ElementState;
+    float gain = 0.0f;
+    float bands[3] = {0.0f, 0.0f, 0.0f};
+    int mode = 0;
+    bool enabled = false;
+    String label;
+
+    std::unique_ptr<ElementState> clone(StatePool*) const override { return std::make_unique<ProbeState>(*this); }
+};
+
+class ProbeElement : public Element
+{
+public:
+    struct Ids
+    {
+        uint32_t gain, band, level, mode, enabled, label;
+    };
+
+    static const Ids& ids()
+    {
+        static const Ids made = [] {
+            auto& r = ParameterRegistry::instance();
+            Ids i{};
+            i.gain = r.registerFloat(ParameterDescription<float>("Gain", 0.5f, 0.0f, 1.0f));
+            i.band = r.registerFloat(ParameterDescription<float>("Band", 0.0f, -1.0f, 1.0f));
+            ParameterDescription<float> level("Level", 0.0f, 0.0f, 1.0f, 0, 0, nullptr, true, false);
+            level.flags.set(ParameterFlags::IsPersistent, false);
+            i.level = r.registerFloat(level);
+            i.mode = r.registerInt(ParameterDescription<int>("Mode", 0, 0, 3));
+            i.enabled = r.registerBool(ParameterDescription<bool>("Enabled", false));
+            i.label = r.registerString(ParameterDescription<String>("Label", "none", false, true));
+            return i;
+        }();
+        return made;
+    }
+
+    explicit ProbeElement(const String& name, const String& type = "Probe") : Element(type, name)
+    {
+        setStates(std::make_unique<ProbeState>(this), std::make_unique<ProbeState>(this));
+        const Ids& i = ids();
+        addParameters({new ParameterInfo<float>(i.gain, this, &ProbeElement::gain, &ProbeElement::setGain),
+                       new ParameterInfo<float>(i.band, this, &ProbeElement::band, &ProbeElement::setBand, 2),
+                       new ParameterInfo<float>(i.level, this, &ProbeElement::level, nullptr)},
+                      {new ParameterInfo<int>(i.mode, this, &ProbeElement::mode, &ProbeElement::setMode)},
+                      {new ParameterInfo<bool>(i.enabled, this, &ProbeElement::enabled, &ProbeElement::setEnabled)},
+                      {new ParameterInfo<String>(i.label, this, &ProbeElement::label, &ProbeElement::setLabel)});
+    }
+
+    ProbeState& main() { return static_cast<ProbeState&>(*mainState()); }
+    ProbeState& second() { return static_cast<ProbeState&>(*secondState()); }
+
+    float gain(const ProbeState& s) const { return s.gain; }
+    void setGain(ProbeState& s, float v) { s.gain = v; }
+    float band(const ProbeState& s, int index) const { return s.bands[index]; }
+    void setBand(ProbeState& s, int index, float v) { s.bands[index] = v; }
+    float level() const { return meter; }
+    int mode(const ProbeState& s) const { return s.mode; }
+    void setMode(ProbeState& s, int v) { s.mode = v; }
+    bool enabled(const ProbeState& s) const { return s.enabled; }
+    void setEnabled(ProbeState& s, bool v) { s.enabled = v; }
+    String label() const { return labelText; }
+    void setLabel(const String& v) { labelText = v; }
+
+    float meter = 0.25f;
+    String labelText = "none";
+};
+} // namespace oxa::test

@@ -1,0 +1,250 @@
+// Parameter records on an element: registry ids, reads, immediate and deferred sets,
+// notifications and the dump.
+#include "ElementTestSupport.h"
+#include "element/ElementParamEnvelope.h"
+
+#include <boost/ptr_container/exception.hpp>
+#include <gtest/gtest.h>
+#include <juce_events/juce_events.h>
+
+#include <cmath>
+#include <sstream>
+
+using namespace oxa;
+using oxa::test::ProbeElement;
+
+TEST(ParameterRegistryIds, CommonIdsComeFirstAndCountUp)
+{
+    const auto& common = Element::commonIds();
+    ProbeElement probe("p");
+    EXPECT_GE(common.displayType, 1u);
+    EXPECT_LT(common.displayType, common.memorySize);
+    EXPECT_LT(common.memorySize, common.bypass);
+    EXPECT_LT(common.bypass, common.alias[0]);
+    EXPECT_EQ(common.alias[127], common.alias[0] + 127);
+    EXPECT_LT(common.alias[127], ProbeElement::ids().gain);
+    auto& registry = ParameterRegistry::instance();
+    EXPECT_EQ(registry.kindOf(common.alias[5]), ParameterKind::Alias);
+    EXPECT_EQ(registry.nameOf(common.alias[5]), "Param5");
+    EXPECT_EQ(Element::aliasIndex(common.alias[17]), 17);
+    EXPECT_EQ(Element::aliasIndex(common.bypass), -1);
+}
+
+TEST(ParameterRegistryIds, SameNameTwiceGivesTwoIdsAndUnregisterForgets)
+{
+    auto& registry = ParameterRegistry::instance();
+    const uint32_t a = registry.registerFloat(ParameterDescription<float>("Twice", 0, 0, 1));
+    const uint32_t b = registry.registerFloat(ParameterDescription<float>("Twice", 0, 0, 1));
+    EXPECT_NE(a, b);
+    EXPECT_EQ(registry.floatDescription(b)->id, b);
+    EXPECT_EQ(registry.intDescription(b), nullptr);
+    registry.unregister(a);
+    EXPECT_FALSE(registry.isKnown(a));
+    EXPECT_EQ(registry.kindOf(a), ParameterKind::Invalid);
+    EXPECT_TRUE(registry.nameOf(a).isEmpty());
+    EXPECT_EQ(registry.floatDescription(a), nullptr);
+    EXPECT_EQ(registry.kindOf(0), ParameterKind::Invalid);
+}
+
+TEST(ParameterDescriptions, FlagsDefaultMapperAndTextForms)
+{
+    ParameterDescription<float> global("G", 0, 0, 1, 0, 0, nullptr, false, true);
+    EXPECT_TRUE(global.flags.isPersistent());
+    EXPECT_FALSE(global.flags.isModulatable());
+    ParameterDescription<float> synced("S", 0, 0, 1, 6);
+    EXPECT_NE(dynamic_cast<const SyncLinearParameterMapper*>(&synced.conversionMapper()), nullptr);
+    EXPECT_EQ(synced.mappers[0], synced.mappers[2]);
+    ParameterDescription<float> plain("P", 0, 0, 10);
+    EXPECT_EQ(dynamic_cast<const SyncLinearParameterMapper*>(&plain.conversionMapper()), nullptr);
+    EXPECT_FLOAT_EQ(plain.map(nullptr, 0.5f), 5.0f);
+    EXPECT_FLOAT_EQ(plain.unmap(nullptr, 2.5f), 0.25f);
+
+    ParameterDescription<int> unranged("I", 3);
+    EXPECT_FALSE(unranged.hasRange());
+    EXPECT_EQ(unranged.clamp(99), 99);
+
+    ParameterDescription<bool> flag("B", false);
+    bool parsed = false;
+    EXPECT_EQ(flag.valueToText(nullptr, true), "true");
+    EXPECT_TRUE(flag.textToValue(nullptr, "2", parsed));
+    EXPECT_TRUE(parsed);
+    EXPECT_FALSE(flag.textToValue(nullptr, "yes", parsed));
+
+    plain.formatter = [](float v, const Element*) { return String("<%1>").arg(v, 1); };
+    EXPECT_EQ(plain.valueToText(nullptr, 2.0f), "<2.0>");
+}
+
+TEST(ElementParameters, BindingCreatesEnvelopesOnlyForModulatableInputs)
+{
+    ProbeElement probe("p");
+    // gain, band, mode, enabled; not the output level, not the global label or the common ones
+    EXPECT_EQ(probe.envelopes().size(), 4u);
+    EXPECT_EQ(probe.findFloatInfo(ProbeElement::ids().level)->envelope(), nullptr);
+    ASSERT_NE(probe.findFloatInfo(ProbeElement::ids().gain)->envelope(), nullptr);
+    EXPECT_EQ(probe.findElement("Gain"), probe.findFloatInfo(ProbeElement::ids().gain)->envelope());
+    // vector kept in id order
+    for (std::size_t i = 1; i < probe.parameterCount(); ++i)
+        EXPECT_LT(probe.parameterAt(i - 1).id, probe.parameterAt(i).id);
+    EXPECT_EQ(probe.parameterId("Mode"), ProbeElement::ids().mode);
+    EXPECT_EQ(probe.parameterId("Bypass"), 0u); // declared, bound by processing elements
+}
+
+TEST(ElementParameters, NullRecordThrowsAndTakesNothing)
+{
+    ProbeElement probe("p");
+    const std::size_t before = probe.parameterCount();
+    auto* stray = new ParameterInfo<float>(ProbeElement::ids().gain, &probe, &ProbeElement::gain,
+                                           &ProbeElement::setGain);
+    try
+    {
+        probe.addParameters({stray, nullptr});
+        FAIL() << "expected a throw";
+    }
+    catch (const boost::bad_pointer& e)
+    {
+        EXPECT_STREQ(e.what(), "Null pointer in 'push_back()'");
+    }
+    EXPECT_EQ(probe.parameterCount(), before);
+}
+
+TEST(ElementParameters, ReadsGoThroughStateGlobalOrGetter)
+{
+    ProbeElement probe("p");
+    probe.main().gain = 0.75f;
+    probe.main().bands[2] = -0.5f;
+    probe.meter = 0.125f;
+    bool error = true;
+    EXPECT_FLOAT_EQ(probe.floatParameter(ProbeElement::ids().gain, &error), 0.75f);
+    EXPECT_FALSE(error);
+    EXPECT_FLOAT_EQ(probe.floatParameter(ProbeElement::ids().band), -0.5f);
+    EXPECT_FLOAT_EQ(probe.floatParameter(ProbeElement::ids().level), 0.125f);
+    EXPECT_EQ(probe.stringParameter(Element::commonIds().displayType), "Probe");
+    EXPECT_EQ(probe.findIntInfo(ProbeElement::ids().gain), nullptr); // other kind
+    EXPECT_EQ(probe.findFloatInfo(99999), nullptr);
+}
+
+TEST(ElementParameters, ImmediateSetWritesBothStatesAndIndexArguments)
+{
+    ProbeElement probe("p");
+    probe.setFloatParameter(ProbeElement::ids().gain, 0.3f);
+    EXPECT_FLOAT_EQ(probe.main().gain, 0.3f);
+    EXPECT_FLOAT_EQ(probe.second().gain, 0.3f);
+    probe.setFloatParameter(ProbeElement::ids().band, 0.9f);
+    EXPECT_FLOAT_EQ(probe.main().bands[2], 0.9f);
+    EXPECT_FLOAT_EQ(probe.main().bands[0], 0.0f);
+    probe.setStringParameter(ProbeElement::ids().label, "tape");
+    EXPECT_EQ(probe.labelText, "tape");
+    // a NaN leaves the old value
+    probe.setFloatParameter(ProbeElement::ids().gain, std::nanf(""));
+    EXPECT_FLOAT_EQ(probe.main().gain, 0.3f);
+    // setting an id of another kind or an unknown id does nothing
+    probe.setIntParameter(ProbeElement::ids().gain, 7);
+    probe.setBoolParameter(424242, true);
+    EXPECT_FLOAT_EQ(probe.main().gain, 0.3f);
+}
+
+TEST(ElementDeferred, ReadBeforeApplyGivesTheDeferredValue)
+{
+    ProbeElement probe("p");
+    probe.setFloatParameter(ProbeElement::ids().gain, 0.1f);
+    probe.setFloatParameter(ProbeElement::ids().gain, 0.8f, true);
+    EXPECT_FLOAT_EQ(probe.main().gain, 0.1f); // state untouched
+    EXPECT_FLOAT_EQ(probe.floatParameter(ProbeElement::ids().gain), 0.8f);
+    const uint16_t counter = probe.updateCounter();
+    probe.applyPendingParameters(probe.mainState());
+    EXPECT_FLOAT_EQ(probe.main().gain, 0.8f);
+    EXPECT_EQ(probe.updateCounter(), static_cast<uint16_t>(counter + 1));
+    EXPECT_FALSE(probe.findFloatInfo(ProbeElement::ids().gain)->isPending());
+}
+
+TEST(ElementDeferred, TwoDeferredSetsMoveTheCounterOnceAndTheLastWins)
+{
+    ProbeElement probe("p");
+    const uint16_t counter = probe.updateCounter();
+    probe.setIntParameter(ProbeElement::ids().mode, 1, true);
+    probe.setIntParameter(ProbeElement::ids().mode, 3, true);
+    probe.applyPendingParameters(probe.mainState());
+    probe.applyPendingParameters(probe.mainState());
+    EXPECT_EQ(probe.main().mode, 3);
+    EXPECT_EQ(probe.updateCounter(), static_cast<uint16_t>(counter + 1));
+}
+
+TEST(ElementDeferred, ImmediateAfterDeferredDropsTheDeferredValue)
+{
+    ProbeElement probe("p");
+    probe.setBoolParameter(ProbeElement::ids().enabled, true, true);
+    probe.setBoolParameter(ProbeElement::ids().enabled, false);
+    EXPECT_FALSE(probe.boolParameter(ProbeElement::ids().enabled));
+    probe.applyPendingParameters(probe.mainState());
+    EXPECT_FALSE(probe.main().enabled);
+}
+
+TEST(ElementDeferred, NonDeferredThirdArgumentWritesMainOnlyAndCountsAnUpdate)
+{
+    ProbeElement probe("p");
+    const uint16_t counter = probe.updateCounter();
+    probe.setFloatParameter(ProbeElement::ids().gain, 0.6f, false);
+    EXPECT_FLOAT_EQ(probe.main().gain, 0.6f);
+    EXPECT_FLOAT_EQ(probe.second().gain, 0.0f);
+    probe.applyPendingParameters(probe.mainState());
+    EXPECT_EQ(probe.updateCounter(), static_cast<uint16_t>(counter + 1));
+    // syncState mirrors current values into the second state
+    probe.syncState(nullptr, nullptr);
+    EXPECT_FLOAT_EQ(probe.second().gain, 0.6f);
+}
+
+TEST(ElementNotification, SyncOnTheCallerAsyncOnTheMessageThread)
+{
+    ProbeElement probe("p");
+    std::vector<unsigned> sync, async;
+    int owner = 0;
+    probe.signals().parameterChanged.connect(&owner, [&](const Element&, unsigned id) { sync.push_back(id); });
+    probe.signals().parameterChangedAsync.connect(&owner, [&](const Element&, unsigned id) { async.push_back(id); });
+    ParameterChangedAsyncSignal::drainNow();
+    async.clear();
+    probe.setFloatParameter(ProbeElement::ids().gain, 0.2f);
+    probe.setIntParameter(ProbeElement::ids().mode, 2, true);
+    EXPECT_EQ(sync, (std::vector<unsigned>{ProbeElement::ids().gain, ProbeElement::ids().mode}));
+    EXPECT_TRUE(async.empty());
+    for (int i = 0; i < 50 && async.size() < 2; ++i)
+        juce::MessageManager::getInstance()->runDispatchLoopUntil(10);
+    EXPECT_EQ(async, sync);
+}
+
+TEST(ElementNotification, UnheardElementPostsNothing)
+{
+    ProbeElement probe("p");
+    ParameterChangedAsyncSignal::drainNow();
+    probe.setFloatParameter(ProbeElement::ids().gain, 0.2f);
+    EXPECT_FALSE(probe.hasSignals());
+    EXPECT_EQ(ParameterChangedAsyncSignal::queuedMessages(), 0u);
+}
+
+TEST(ElementDump, PrintsEveryParameterInOrder)
+{
+    auto element = std::make_shared<Element>("Plain", "Dumped");
+    testing::internal::CaptureStdout();
+    element->DumpParameters();
+    const std::string out = testing::internal::GetCapturedStdout();
+    const auto& ids = Element::commonIds();
+    const std::string expected = "****\n****\nElement::DumpParameters()\n2 parameters\n"
+                                 "****\nParameter 0:\nId: "
+                                 + std::to_string(ids.displayType)
+                                 + "\nName: DisplayType\nType: String\nDisplayName: DisplayType\nValue: Plain\n"
+                                   "****\nParameter 1:\nId: "
+                                 + std::to_string(ids.memorySize)
+                                 + "\nName: MemorySize\nType: Float\nDisplayName: MemorySize\nRange: 1/0\nValue: ";
+    std::ostringstream size;
+    size << static_cast<float>((2 * 72 + 240) / 1048576.0) << "\n";
+    EXPECT_EQ(out, expected + size.str());
+}
+
+TEST(ElementMemory, OwnSizeCountsParametersAndDescendants)
+{
+    auto parent = std::make_shared<Element>("Plain", "Parent");
+    auto child = std::make_shared<Element>("Plain", "Child");
+    parent->addChild(child);
+    const double each = (2 * 72.0 + 240.0) / 1048576.0;
+    EXPECT_DOUBLE_EQ(parent->ownMemorySize(), each);
+    EXPECT_NEAR(parent->floatParameter(Element::commonIds().memorySize), 2 * each, 1e-9);
+}

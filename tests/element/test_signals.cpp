@@ -1,0 +1,191 @@
+// Signals: disconnection and reconnection while firing, trackable lifetimes.
+#include "element/Signal.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+using namespace oxa;
+
+namespace
+{
+struct Recorder : Trackable
+{
+    std::vector<int>* log = nullptr;
+    int tag = 0;
+    void onFire(int value) { log->push_back(tag * 100 + value); }
+};
+
+int plainCalls = 0;
+void plainSlot(int) { ++plainCalls; }
+} // namespace
+
+TEST(SignalFiring, SlotThatDisconnectsItselfRunsOnceAndIsSweptAfter)
+{
+    Signal<int> signal;
+    int calls = 0;
+    int owner = 0;
+    signal.connect(&owner, [&](int) {
+        ++calls;
+        signal.disconnect(&owner);
+        // still in the ring until the firing ends
+        EXPECT_EQ(signal.sharedBody()->slotCount(), 1u);
+        EXPECT_EQ(signal.sharedBody()->pendingRemovals(), 1u);
+    });
+    signal(1);
+    signal(2);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(signal.sharedBody()->slotCount(), 0u);
+    EXPECT_EQ(signal.sharedBody()->pendingRemovals(), 0u);
+}
+
+TEST(SignalFiring, SlotThatDisconnectsALaterSlotSkipsItInTheSameFiring)
+{
+    Signal<int> signal;
+    int first = 0, second = 0;
+    int a = 0, b = 0;
+    signal.connect(&a, [&](int) {
+        ++first;
+        signal.disconnect(&b);
+    });
+    signal.connect(&b, [&](int) { ++second; });
+    signal(0);
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, 0);
+    signal(0);
+    EXPECT_EQ(first, 2);
+    EXPECT_EQ(second, 0);
+}
+
+TEST(SignalFiring, ReconnectingInTheSameFiringRevivesWithoutASecondEntry)
+{
+    Signal<int> signal;
+    int calls = 0;
+    signal.connect(&plainSlot);
+    int owner = 0;
+    signal.connect(&owner, [&](int) {
+        ++calls;
+        signal.disconnect(&plainSlot);
+        signal.connect(&plainSlot);
+    });
+    plainCalls = 0;
+    signal(0);
+    EXPECT_EQ(plainCalls, 1); // ran before it was disconnected
+    EXPECT_EQ(signal.sharedBody()->slotCount(), 2u);
+    signal(0);
+    EXPECT_EQ(plainCalls, 2);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST(SignalFiring, SlotsAppendedDuringAFiringAreReached)
+{
+    Signal<int> signal;
+    std::vector<int> order;
+    int a = 0, b = 0;
+    signal.connect(&a, [&](int) {
+        order.push_back(1);
+        if (order.size() == 1)
+            signal.connect(&b, [&](int) { order.push_back(2); });
+    });
+    signal(0);
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(SignalFiring, SameKeyTwiceIsCalledTwiceAndDisconnectRemovesBoth)
+{
+    Signal<int> signal;
+    plainCalls = 0;
+    signal.connect(&plainSlot);
+    signal.connect(&plainSlot);
+    signal(0);
+    EXPECT_EQ(plainCalls, 2);
+    signal.disconnect(&plainSlot);
+    signal(0);
+    EXPECT_EQ(plainCalls, 2);
+    EXPECT_FALSE(signal.hasSlots());
+}
+
+TEST(SignalFiring, NestedFiringDoesNotFreeEntriesTheOuterWalkUses)
+{
+    Signal<int> signal;
+    int a = 0, b = 0;
+    int innerCalls = 0;
+    signal.connect(&a, [&](int depth) {
+        if (depth == 0)
+        {
+            signal.disconnect(&a);
+            signal(1);
+        }
+    });
+    signal.connect(&b, [&](int) { ++innerCalls; });
+    signal(0);
+    EXPECT_EQ(innerCalls, 2);
+    EXPECT_EQ(signal.sharedBody()->slotCount(), 1u);
+}
+
+TEST(SignalTrackable, DestroyedObjectLosesItsSlots)
+{
+    Signal<int> signal;
+    std::vector<int> log;
+    {
+        Recorder recorder;
+        recorder.log = &log;
+        recorder.tag = 1;
+        signal.connect(&recorder, &Recorder::onFire);
+        EXPECT_EQ(recorder.trackableTable().size(), 1u);
+        signal(5);
+    }
+    signal(6);
+    EXPECT_EQ(log, (std::vector<int>{105}));
+    EXPECT_FALSE(signal.hasSlots());
+}
+
+TEST(SignalTrackable, DestroyedDuringFiringIsSkipped)
+{
+    Signal<int> signal;
+    std::vector<int> log;
+    auto victim = std::make_unique<Recorder>();
+    victim->log = &log;
+    victim->tag = 2;
+    int killer = 0;
+    signal.connect(&killer, [&](int) { victim.reset(); });
+    signal.connect(victim.get(), &Recorder::onFire);
+    signal(1);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(signal.slotCount(), 1u);
+}
+
+TEST(SignalTrackable, SignalDyingFirstCleansTheTable)
+{
+    std::vector<int> log;
+    Recorder recorder;
+    recorder.log = &log;
+    {
+        Signal<int> signal;
+        signal.connect(&recorder, &Recorder::onFire);
+        EXPECT_EQ(recorder.trackableTable().size(), 1u);
+    }
+    EXPECT_EQ(recorder.trackableTable().size(), 0u);
+}
+
+TEST(SignalTrackable, ExplicitDisconnectForgetsTheTableEntry)
+{
+    std::vector<int> log;
+    Recorder recorder;
+    recorder.log = &log;
+    Signal<int> signal;
+    signal.connect(&recorder, &Recorder::onFire);
+    signal.disconnect(&recorder, &Recorder::onFire);
+    EXPECT_EQ(recorder.trackableTable().size(), 0u);
+    signal(1);
+    EXPECT_TRUE(log.empty());
+}
+
+TEST(SignalFiring, EmptySignalDoesNothing)
+{
+    Signal<int> signal;
+    signal(1);
+    EXPECT_FALSE(signal.hasSlots());
+    EXPECT_TRUE(signal.body().expired());
+}

@@ -1,0 +1,90 @@
+// Text handle formatting, wildcard matching and name interning.
+#include "element/NameSymbol.h"
+#include "element/String.h"
+
+#include <gtest/gtest.h>
+
+using namespace oxa;
+
+TEST(StringArg, ReplacesLowestMarkerFirstAndKeepsLiteralPercent)
+{
+    EXPECT_EQ(String("%2 of %1").arg("a").arg("b"), "b of a");
+    EXPECT_EQ(String("%1%").arg(12.345f, 2), "12.35%");
+    EXPECT_EQ(String("%1 and %1").arg(7), "7 and 7");
+    // "%1" must not eat the start of "%12"
+    EXPECT_EQ(String("%1-%12").arg("x").arg("y"), "x-y");
+    EXPECT_EQ(String("no marker").arg(3), "no marker");
+}
+
+TEST(StringArg, NumbersInRadixDecimalsAndShortestForm)
+{
+    EXPECT_EQ(String("%1").arg(255, 16), "ff");
+    EXPECT_EQ(String("%1").arg(-5), "-5");
+    EXPECT_EQ(String("%1").arg(0.1f), "0.1");
+    EXPECT_EQ(String("%1").arg(2.5, 0), "2");
+    EXPECT_EQ(String("%1").arg(-0.004, 2), "-0.00");
+    EXPECT_EQ(String("Param%1").arg(127u), "Param127");
+}
+
+TEST(StringBasics, NullIsEmptyAndCopiesShareTheBody)
+{
+    String null;
+    EXPECT_TRUE(null.isEmpty());
+    EXPECT_STREQ(null.c_str(), "");
+    EXPECT_EQ(null, String(""));
+    String a("text");
+    String b = a;
+    EXPECT_TRUE(a.sharesBodyWith(b));
+    EXPECT_TRUE(String("abc") < String("abd"));
+}
+
+TEST(StringBasics, SearchAndParsing)
+{
+    String s("a/b/c");
+    EXPECT_EQ(*s.find('/'), 1u);
+    EXPECT_EQ(*s.findLast('/'), 3u);
+    EXPECT_FALSE(s.find('x').isValid());
+    EXPECT_EQ(s.substring(2), "b/c");
+    EXPECT_EQ(String(" 42 ").toInt().valueOr(0), 42);
+    EXPECT_FALSE(String("true").toInt().isValid());
+    EXPECT_FALSE(String("").toFloat().isValid());
+    EXPECT_FLOAT_EQ(String("-4.8216374e-17").toFloat().valueOr(1), -4.8216374e-17f);
+}
+
+TEST(Wildcard, StarQuestionSetsAndAlternatives)
+{
+    EXPECT_TRUE(wildcardMatch("Ch*", "Channel"));
+    EXPECT_TRUE(wildcardMatch("*", ""));
+    EXPECT_FALSE(wildcardMatch("a*b", "acd"));
+    EXPECT_TRUE(wildcardMatch("?x", "ax"));
+    EXPECT_FALSE(wildcardMatch("?x", "x"));
+    EXPECT_TRUE(wildcardMatch("[a-c]1", "b1"));
+    EXPECT_FALSE(wildcardMatch("[!a-c]1", "b1"));
+    EXPECT_TRUE(wildcardMatch("{Left,Right} Deck", "Right Deck"));
+    EXPECT_FALSE(wildcardMatch("{Left,Right} Deck", "Centre Deck"));
+}
+
+TEST(NameSymbolInterning, EqualTextsShareOneNodeThatLeavesWithTheLastReference)
+{
+    const std::size_t before = NameSymbol::internedCount();
+    {
+        NameSymbol a("UniqueSymbolForTest");
+        NameSymbol b(String("UniqueSymbolForTest"));
+        EXPECT_EQ(NameSymbol::internedCount(), before + 1);
+        EXPECT_EQ(&a.text(), &b.text());
+        NameSymbol c = a;
+        NameSymbol d(std::move(b));
+        EXPECT_TRUE(c == d);
+        EXPECT_FALSE(a == NameSymbol("Other"));
+    }
+    EXPECT_EQ(NameSymbol::internedCount(), before);
+}
+
+TEST(NameSymbolInterning, AssignmentMovesReferences)
+{
+    const std::size_t before = NameSymbol::internedCount();
+    NameSymbol a("SymA_ForTest");
+    a = NameSymbol("SymB_ForTest");
+    EXPECT_EQ(a.text(), "SymB_ForTest");
+    EXPECT_EQ(NameSymbol::internedCount(), before + 1);
+}
