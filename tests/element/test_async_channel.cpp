@@ -1,5 +1,6 @@
 // The lock-free queue and the message-thread channel of parameter changes.
 #include "element/AsyncSignal.h"
+#include "element/AsyncUpdateForwarder.h"
 #include "element/Element.h"
 #include "element/LockFreeIndexQueue.h"
 
@@ -139,4 +140,27 @@ TEST(AsyncChannel, PostForADeadOrSilentBodyIsHarmless)
     }
     ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(ParameterChangedAsyncSignal::queuedMessages(), 0u);
+}
+
+TEST(AsyncForwarder, ManyFiresFromAnyThreadCoalesceIntoOneMessageThreadCall)
+{
+    AsyncUpdateForwarder forwarder;
+    int calls = 0;
+    bool onMessageThread = false;
+    int owner = 0;
+    forwarder.connect(&owner, [&] {
+        ++calls;
+        onMessageThread = juce::MessageManager::getInstance()->isThisTheMessageThread();
+    });
+    std::thread other([&] {
+        for (int i = 0; i < 10; ++i)
+            forwarder.fire();
+    });
+    other.join();
+    EXPECT_EQ(calls, 0);
+    for (int i = 0; i < 20 && calls == 0; ++i)
+        runMessageLoop(5);
+    runMessageLoop(20);
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(onMessageThread);
 }

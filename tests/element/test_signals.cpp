@@ -116,6 +116,8 @@ TEST(SignalFiring, NestedFiringDoesNotFreeEntriesTheOuterWalkUses)
         {
             signal.disconnect(&a);
             signal(1);
+            // the inner firing must leave the marked entry for the outer sweep
+            EXPECT_EQ(signal.sharedBody()->slotCount(), 2u);
         }
     });
     signal.connect(&b, [&](int) { ++innerCalls; });
