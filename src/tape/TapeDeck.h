@@ -58,6 +58,8 @@ struct TapeDeck
     float feedbackCompensation = 1.0f;
     double noiseGain = 0.0001; // linear hiss level
 
+    TapeDeck() noexcept { heads[feedbackHeadIndex].setDelay(0.016); }
+
     // Allocates the two-second tape; not for the audio thread.
     void prepare(double newSampleRate);
     // Blank tape, heads at their start, shared random seeds.
