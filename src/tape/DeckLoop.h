@@ -65,9 +65,10 @@ public:
         cacheHeadDelays();
     }
 
-    // One sample in, the deck's share of the output back. deviation receives
-    // the speed deviation for the monitor (second deck only).
-    inline float process(float input, float* deviation) noexcept
+    // First half of a sample: tape write, ticks, head reads, saturation and
+    // encoder. Returns what goes into the record head. deviation receives the
+    // speed deviation for the monitor (second deck only).
+    inline double beforeHead(float input, float* deviation) noexcept
     {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         inRing[writeIndex] = input * inputGain;
@@ -100,10 +101,14 @@ public:
         if (ramping)
             makeup = deck.makeupRamp.value();
         deck.recordHead.noiseLevel = makeup * noiseGain;
+        return encodeStage<Encoder>(deck, saturated);
+    }
 
-        double v = encodeStage<Encoder>(deck, saturated);
-        v = deck.recordHead.process(v);
-        v = decodeStage<Decoder>(deck, v);
+    // Second half: decoder, playback response, makeup, tape out. Returns the
+    // deck's share of the output.
+    inline float afterHead(double fromHead) noexcept
+    {
+        double v = decodeStage<Decoder>(deck, fromHead);
         v = playbackStage(deck, v);
         v /= makeup;
         outRing[writeIndex] = v;
@@ -115,6 +120,8 @@ public:
             writeIndex = 0;
         return static_cast<float>(v * share);
     }
+
+    RecordHead& recordHead() noexcept { return deck.recordHead; }
 
     // Writes back what the loop kept in locals; samples is the count processed.
     void finish(int samples) noexcept

@@ -9,6 +9,8 @@ namespace
 {
 // Above this argument tanhf rounds to exactly 1.
 constexpr float tanhfSaturation = 10.0f;
+constexpr int maxPasses = 10;
+constexpr double tolerance = 1e-6;
 
 inline double antiderivative(double m, double a) noexcept
 {
@@ -66,9 +68,8 @@ double RecordHead::makeupGain(double drive, double hardness, double resistance) 
 float RecordHead::nextNoise() noexcept
 {
     // Pink noise: row j changes every 2^j samples.
-    std::uint32_t j = 0;
-    while (j < 4 && (noiseCounter & (1u << j)) == 0)
-        ++j;
+    const std::uint32_t lowest = noiseCounter == 0 ? 4u : static_cast<std::uint32_t>(__builtin_ctz(noiseCounter));
+    const std::uint32_t j = lowest < 4u ? lowest : 4u;
     const float old = noiseRows[j];
     float total = noiseSum;
     bool accepted = false;
@@ -92,11 +93,8 @@ float RecordHead::nextNoise() noexcept
     return (w + total) * 0.25f;
 }
 
-double RecordHead::process(double h) noexcept
+double RecordHead::withNoise(double h) noexcept
 {
-    if (!on)
-        return h;
-
     float noise = nextNoise();
     if (gateOn)
     {
@@ -105,32 +103,77 @@ double RecordHead::process(double h) noexcept
         if (opening < tanhfSaturation)
             noise *= std::tanh(opening);
     }
-    const double drivenH = noise * noiseLevel + h;
-    input = drivenH;
+    input = noise * noiseLevel + h;
+    return input;
+}
 
-    // Newton on  H = mean of G over the step + (fs / k) * step.
-    const double m0 = magnetisation;
-    const double f0 = antiderivative(m0, a);
-    const double fsOverK = sampleRate / k;
-    double x = step;
-    double correction = 1.0;
-    for (int pass = 0; pass < 10 && std::fabs(correction) > 1e-6; ++pass)
-    {
-        const double s = m0 + x;
-        const double inverseStep = 1.0 / (x + 1e-16);
-        const double mean = (antiderivative(s, a) - f0) * inverseStep;
-        correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
-        x -= correction;
-    }
+inline double RecordHead::newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
+                                     double& correction) const noexcept
+{
+    // Solves  H = mean of G over the step + (fs / k) * step.
+    const double s = m0 + x;
+    const double inverseStep = 1.0 / (x + 1e-16);
+    const double mean = (antiderivative(s, a) - f0) * inverseStep;
+    correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
+    return x - correction;
+}
+
+inline double RecordHead::commit(double x, double m0, double fsOverK) noexcept
+{
     if (!std::isfinite(x))
         x = 0.0; // never let one bad sample poison the integrator
-
     step = x;
     const double m = m0 + x;
     magnetisation = m;
     const double m2 = m * m;
     const double d = (0.05 * m2 + 0.5) * m2 + 1.0;
     return x * fsOverK / (d * d);
+}
+
+double RecordHead::process(double h) noexcept
+{
+    if (!on)
+        return h;
+    const double drivenH = withNoise(h);
+    const double m0 = magnetisation;
+    const double f0 = antiderivative(m0, a);
+    const double fsOverK = sampleRate / k;
+    double x = step;
+    double correction = 1.0;
+    for (int pass = 0; pass < maxPasses && std::fabs(correction) > tolerance; ++pass)
+        x = newtonPass(drivenH, m0, f0, fsOverK, x, correction);
+    return commit(x, m0, fsOverK);
+}
+
+void RecordHead::processPair(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept
+{
+    if (!first.on || !second.on)
+    {
+        hFirst = first.process(hFirst);
+        hSecond = second.process(hSecond);
+        return;
+    }
+    const double drivenFirst = first.withNoise(hFirst);
+    const double drivenSecond = second.withNoise(hSecond);
+    const double m0First = first.magnetisation, m0Second = second.magnetisation;
+    const double f0First = antiderivative(m0First, first.a), f0Second = antiderivative(m0Second, second.a);
+    const double fsOverKFirst = first.sampleRate / first.k, fsOverKSecond = second.sampleRate / second.k;
+    double xFirst = first.step, xSecond = second.step;
+    bool runFirst = true, runSecond = true;
+    for (int pass = 0; pass < maxPasses && (runFirst || runSecond); ++pass)
+    {
+        // A head that has converged computes on but keeps its result.
+        double correctionFirst, correctionSecond;
+        const double nextFirst = first.newtonPass(drivenFirst, m0First, f0First, fsOverKFirst, xFirst, correctionFirst);
+        const double nextSecond =
+            second.newtonPass(drivenSecond, m0Second, f0Second, fsOverKSecond, xSecond, correctionSecond);
+        xFirst = runFirst ? nextFirst : xFirst;
+        xSecond = runSecond ? nextSecond : xSecond;
+        runFirst = runFirst && std::fabs(correctionFirst) > tolerance;
+        runSecond = runSecond && std::fabs(correctionSecond) > tolerance;
+    }
+    hFirst = first.commit(xFirst, m0First, fsOverKFirst);
+    hSecond = second.commit(xSecond, m0Second, fsOverKSecond);
 }
 
 } // namespace oxa

@@ -40,6 +40,11 @@ struct RecordHead
 
     double process(double h) noexcept;
 
+    // Two heads (the decks of a channel) side by side: the same arithmetic as
+    // process() on each, with the two Newton solves run in one loop so that
+    // the processor overlaps them. hFirst and hSecond are replaced by the outputs.
+    static void processPair(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept;
+
     // The small-signal slope of the anhysteretic law at the origin.
     static double smallSignalSlope(double hardness) noexcept { return hardness - 0.855722502; }
 
@@ -48,6 +53,15 @@ struct RecordHead
     static double makeupGain(double drive, double hardness, double resistance) noexcept;
 
     float nextNoise() noexcept;
+
+private:
+    // H plus gated noise; stored in input.
+    double withNoise(double h) noexcept;
+    // One Newton pass from x towards H; returns the new x, sets correction.
+    double newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
+                      double& correction) const noexcept;
+    // Commits the step and applies the saturation law.
+    double commit(double x, double m0, double fsOverK) noexcept;
 };
 
 } // namespace oxa

@@ -39,25 +39,16 @@ void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviatio
     }
     DeckLoop<LfoMode, Encoder, Decoder, false> a(first, firstShare);
     DeckLoop<LfoMode, Encoder, Decoder, true> b(second, secondShare);
-    if (channel.phaseInvert)
+    const float sign = channel.phaseInvert ? -1.0f : 1.0f;
+    for (std::uint32_t k = 0; k < n; ++k)
     {
-        for (std::uint32_t k = 0; k < n; ++k)
-        {
-            const float input = x[k];
-            const float fromFirst = a.process(input, nullptr);
-            const float fromSecond = b.process(input, deviation + k);
-            x[k] = fromFirst + -fromSecond;
-        }
-    }
-    else
-    {
-        for (std::uint32_t k = 0; k < n; ++k)
-        {
-            const float input = x[k];
-            const float fromFirst = a.process(input, nullptr);
-            const float fromSecond = b.process(input, deviation + k);
-            x[k] = fromFirst + fromSecond;
-        }
+        const float input = x[k];
+        double fromFirst = a.beforeHead(input, nullptr);
+        double fromSecond = b.beforeHead(input, deviation + k);
+        RecordHead::processPair(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
+        const float outFirst = a.afterHead(fromFirst);
+        const float outSecond = b.afterHead(fromSecond);
+        x[k] = outFirst + sign * outSecond; // sign flip is exact
     }
     a.finish(static_cast<int>(n));
     b.finish(static_cast<int>(n));

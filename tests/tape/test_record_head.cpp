@@ -154,6 +154,34 @@ TEST(RecordHead, ExtremesNeverGiveNaNOrInf)
                     }
 }
 
+TEST(RecordHead, PairedSolveEqualsTwoSingleOnes)
+{
+    // The decks' heads run side by side; that must not change a bit.
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> dist(-100.0, 100.0);
+    for (bool secondOn : {true, false})
+    {
+        RecordHead single[2] = {quietHead(48000.0, 1.0, 100.0), quietHead(48000.0, 4.0, 30000.0)};
+        single[0].noiseLevel = 0.5;
+        single[1].noiseLevel = 0.01;
+        single[1].random.seed(9, 10);
+        single[1].setOn(secondOn);
+        RecordHead paired[2] = {single[0], single[1]};
+        for (int n = 0; n < 20000; ++n)
+        {
+            // Slow and fast, quiet and loud input, so pass counts differ.
+            const double x0 = (n % 3000 < 1500) ? 0.01 * std::sin(n * 0.01) : dist(rng);
+            const double x1 = dist(rng) * ((n / 700) % 2 ? 1.0 : 1e-4);
+            double p0 = x0, p1 = x1;
+            RecordHead::processPair(paired[0], paired[1], p0, p1);
+            ASSERT_EQ(p0, single[0].process(x0)) << n;
+            ASSERT_EQ(p1, single[1].process(x1)) << n;
+        }
+        EXPECT_EQ(paired[0].magnetisation, single[0].magnetisation);
+        EXPECT_EQ(paired[1].magnetisation, single[1].magnetisation);
+    }
+}
+
 TEST(RecordHead, MakeupGainFollowsDriveAndResistance)
 {
     EXPECT_NEAR(RecordHead::makeupGain(1.0, 1.0, 100.0), std::tanh(0.01) * 100.0, 1e-12);
