@@ -89,6 +89,7 @@ public:
         if constexpr (SecondDeck)
             *deviation = deck.transport.deviationAt(offset);
 
+        // The feedback head's read of the input tape has weight 0 and is left out.
         const double forwardDelay = forwardSlope * offset + forwardBase - 1.0;
         double r = TapeHead::readAt(inRing, ringLength, writeIndex, forwardDelay);
         if (feedbackGain != 0.0)

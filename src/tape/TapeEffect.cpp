@@ -18,7 +18,8 @@ void sanitise(float* x, std::uint32_t n) noexcept
     for (std::uint32_t k = 0; k < n; ++k)
     {
         const float magnitude = std::fabs(x[k]);
-        if (!(magnitude >= 1.17549435e-38f && magnitude <= 3.40282347e+38f))
+        const bool bad = !(magnitude <= 3.40282347e+38f) || (magnitude < 1.17549435e-38f && magnitude != 0.0f);
+        if (bad)
             x[k] = 0.0f;
     }
 }

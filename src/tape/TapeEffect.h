@@ -59,7 +59,9 @@ struct TapeEffectState
     // the element's last seen tempo and is updated when synchronised.
     // speedScratch receives the tape speed deviation (the last channel's
     // second deck); dryScratch is working memory. Both hold n floats.
-    // Returns the flange position in -1..1 for the display.
+    // Blocks longer than the prepared maximum are rendered in pieces. The two
+    // decks of a channel run in one loop, so no copy of the input is needed.
+    // Allocates nothing. Returns the flange position in -1..1 for the display.
     float render(float* const* channelData, std::uint32_t channelCount, std::uint32_t n, const TapeHostInfo& host,
                  bool syncToHost, float& hostTempo, float* speedScratch, float* dryScratch) noexcept;
 

@@ -250,25 +250,5 @@ TEST(TapeEffect, HeavySettingsStayFiniteAndBounded)
         ASSERT_LT(std::fabs(v), 0.45f);
 }
 
-TEST(TapeEffect, ResetGivesTheSameOutputAgain)
-{
-    TapeEffectState state;
-    state.prepare(44100.0, 512, 1);
-    state.forEachDeck([](TapeDeck& deck) { deck.noiseGain = 0.0; });
-    const auto x = testSignal(10000, 8);
-    const auto first = process(state, {x}, 512);
-    state.reset();
-    state.forEachDeck([](TapeDeck& deck) {
-        deck.lfoPhaseAccumulator = 0.0f;
-        for (TapeHead& head : deck.heads)
-            head.currentDelay = 0.0;
-    });
-    TapeEffectState twin = *state.clone();
-    const auto second = process(state, {x}, 512);
-    const auto third = process(twin, {x}, 512);
-    EXPECT_EQ(second, third);
-    EXPECT_EQ(first, second);
-}
-
 } // namespace
 } // namespace oxa

@@ -138,20 +138,6 @@ TEST(DelayLine, EveryInterpolationFollowsAStraightLine)
         ASSERT_EQ(out[t], static_cast<float>(t) - 11.0f);
 }
 
-TEST(DelayLine, MovingDelayRunsLinearlyOverTheBlock)
-{
-    DelayLine line;
-    line.configure(64, 200);
-    const auto input = ramp(400);
-    std::vector<float> out(64);
-    line.write(input.data(), 300);
-    line.advance(300);
-    line.write(input.data() + 300, 64);
-    line.read(out.data(), 10.0, 42.0, 64);
-    for (std::size_t k = 0; k < 64; ++k)
-        EXPECT_NEAR(out[k], 300.0f + k - (10.0f + 0.5f * k), 1e-3f);
-}
-
 TEST(LfoWaveform, DefaultShapeIsANormalisedTriangle)
 {
     const float c = LfoWaveform::normaliser(0.0f);

@@ -61,16 +61,6 @@ TEST(TransportGenerator, RandomDriftIsSmoothAndBounded)
         ASSERT_LT(transport.randomPhase, 2.0);
         ASSERT_LE(std::fabs(history[b % 64] - 1.0), 0.05 + 1e-12);
     }
-    // The cubic meets each drawn value at the segment's end.
-    transport.randomRate = 1.0;
-    transport.randomPhase = 1.0;
-    transport.tick(0, 0.0, 1.0, history.data(), history.size());
-    const double target = transport.randomNext;
-    while (transport.randomPhase < 1.0)
-        transport.tick(0, 0.0, 1.0, history.data(), history.size());
-    transport.randomPhase = 1.0;
-    transport.tick(0, 0.0, 1.0, history.data(), history.size());
-    EXPECT_NEAR(transport.randomPrevious, target, 1e-3);
 }
 
 // A prepared single-channel effect whose decks can be inspected per tick.
@@ -117,6 +107,24 @@ TEST(TapeHead, ForwardHeadSettlesAtTheLatency)
             EXPECT_NEAR((back.currentDelay + 1.0) * 32.0, 0.016 * sampleRate, 1e-3);
         }
     }
+}
+
+TEST(TapeHead, LowLatencyMovesTheForwardHeadsAndLimitsTheDepth)
+{
+    Rig rig(44100.0);
+    for (int i = 0; i < 200; ++i)
+        rig.render(32);
+    rig.state.setLowLatency(true, 0.015);
+    EXPECT_EQ(rig.state.latency, 0.01f);
+    EXPECT_EQ(rig.state.channels[0].decks[1].flangeDepth, 0.009);
+    rig.state.setFlangeDepth(0.012);
+    EXPECT_EQ(rig.state.channels[0].decks[1].flangeDepth, 0.009);
+    rig.state.setFlangeMode(TapeChannel::manualMode);
+    rig.state.setRelativeDelay(0.0);
+    for (int i = 0; i < 2000; ++i) // past the half-second ramp
+        rig.render(32);
+    for (const TapeDeck& deck : rig.state.channels[0].decks)
+        EXPECT_NEAR(deck.heads[0].delayInSamples(0), 440.0, 1e-3);
 }
 
 TEST(TapeHead, SecondDeckObeysTheMovingTapeIdentity)
