@@ -1,0 +1,237 @@
+#include "element/NoteLengths.h"
+#include "element/ParameterMapper.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+using namespace oxa;
+
+namespace
+{
+float mapped(const ParameterMapper& m, float n)
+{
+    m.map(nullptr, n);
+    return n;
+}
+
+float unmapped(const ParameterMapper& m, float x)
+{
+    m.unmap(nullptr, x);
+    return x;
+}
+
+// map then unmap over the whole unit interval gives the start back.
+void expectRoundTrip(const ParameterMapper& m, float tolerance)
+{
+    for (int i = 0; i <= 20; ++i)
+    {
+        const float n = (float) i / 20.0f;
+        EXPECT_NEAR(unmapped(m, mapped(m, n)), n, tolerance) << "at " << n;
+    }
+}
+
+// The block path must agree with the value path for every length, tails included.
+void expectBlockMatchesSingle(const ParameterMapper& m)
+{
+    for (int count = 0; count <= 9; ++count)
+    {
+        std::vector<float> block;
+        for (int i = 0; i < count; ++i)
+            block.push_back(0.09f * (float) i + 0.05f);
+        std::vector<float> single = block;
+        m.mapBlock(nullptr, block.data(), count);
+        for (int i = 0; i < count; ++i)
+            EXPECT_FLOAT_EQ(block[i], mapped(m, single[i])) << "count " << count << " index " << i;
+    }
+}
+} // namespace
+
+TEST(LinearMapper, MapsEndsInvertsAndExtrapolates)
+{
+    LinearParameterMapper m(-24.0f, 12.0f);
+    EXPECT_FLOAT_EQ(m.range, 36.0f);
+    EXPECT_FLOAT_EQ(mapped(m, 0.0f), -24.0f);
+    EXPECT_FLOAT_EQ(mapped(m, 1.0f), 12.0f);
+    EXPECT_FLOAT_EQ(mapped(m, 1.5f), 30.0f);
+    EXPECT_FLOAT_EQ(mapped(m, -0.5f), -42.0f);
+    EXPECT_FLOAT_EQ(unmapped(m, 0.0f), 24.0f / 36.0f);
+    expectRoundTrip(m, 1e-6f);
+    expectBlockMatchesSingle(m);
+}
+
+TEST(LinearMapper, UnsyncedSyncMapperIsLinear)
+{
+    SyncLinearParameterMapper m(0.01f, 10.0f);
+    EXPECT_FLOAT_EQ(mapped(m, 0.5f), 0.5f * (10.0f - 0.01f) + 0.01f);
+    expectRoundTrip(m, 1e-6f);
+    expectBlockMatchesSingle(m);
+    EXPECT_FALSE(syncsToHost(nullptr));
+}
+
+TEST(LogMapper, GeometricScaleWithAndWithoutOffset)
+{
+    LogMapper m(0.001f, 1.0f);
+    EXPECT_NEAR(mapped(m, 0.0f), 0.001f, 1e-9f);
+    EXPECT_NEAR(mapped(m, 1.0f), 1.0f, 1e-6f);
+    EXPECT_NEAR(mapped(m, 0.5f), std::sqrt(0.001f), 1e-6f);
+    EXPECT_NEAR(m.logRange, std::log(1000.0), 1e-6);
+    expectRoundTrip(m, 1e-6f);
+    expectBlockMatchesSingle(m);
+
+    // An offset lets the range start at zero.
+    LogMapper shifted(0.0f, 99.0f, 1.0f);
+    EXPECT_NEAR(mapped(shifted, 0.0f), 0.0f, 1e-6f);
+    EXPECT_NEAR(mapped(shifted, 0.5f), 9.0f, 1e-5f);
+    EXPECT_NEAR(mapped(shifted, 1.0f), 99.0f, 1e-4f);
+    expectRoundTrip(shifted, 1e-6f);
+
+    SyncLogMapper unsynced(0.001f, 1.0f);
+    expectBlockMatchesSingle(unsynced);
+    EXPECT_FLOAT_EQ(mapped(unsynced, 0.3f), mapped(m, 0.3f));
+}
+
+TEST(CurveMapper, ShapeAndPointConstructors)
+{
+    CurveMapper straight(0.0f, 0.0f, 10.0f);
+    EXPECT_NEAR(straight.exponent, 1.0f, 1e-6f);
+    EXPECT_FALSE(straight.bipolar);
+
+    CurveMapper squared(0.5f, 2.0f, 6.0f);
+    EXPECT_NEAR(squared.exponent, 2.0f, 1e-5f);
+    EXPECT_NEAR(mapped(squared, 0.5f), 3.0f, 1e-5f);
+    expectRoundTrip(squared, 1e-5f);
+
+    CurveMapper through(0.25f, 5.0f, 0.0f, 100.0f);
+    EXPECT_NEAR(mapped(through, 0.25f), 5.0f, 1e-4f);
+    EXPECT_NEAR(mapped(through, 1.0f), 100.0f, 1e-4f);
+    expectRoundTrip(through, 1e-5f);
+}
+
+TEST(CurveMapper, BipolarIsOddAroundTheMiddle)
+{
+    CurveMapper m(0.5f, -4.0f, 4.0f);
+    ASSERT_TRUE(m.bipolar);
+    EXPECT_FLOAT_EQ(mapped(m, 0.5f), 0.0f);
+    EXPECT_NEAR(mapped(m, 1.0f), 4.0f, 1e-5f);
+    EXPECT_NEAR(mapped(m, 0.0f), -4.0f, 1e-5f);
+    EXPECT_NEAR(mapped(m, 0.75f), 1.0f, 1e-5f);
+    EXPECT_NEAR(mapped(m, 0.25f), -1.0f, 1e-5f);
+    expectRoundTrip(m, 1e-5f);
+}
+
+TEST(BipolarLogMapper, SymmetricLogHalves)
+{
+    BipolarLogMapper m(100.0f, 1.0f);
+    EXPECT_FLOAT_EQ(m.min, -100.0f);
+    EXPECT_FLOAT_EQ(m.max, 100.0f);
+    EXPECT_NEAR(mapped(m, 0.5f), 0.0f, 1e-6f);
+    EXPECT_NEAR(mapped(m, 1.0f), 100.0f, 1e-3f);
+    EXPECT_NEAR(mapped(m, 0.0f), -100.0f, 1e-3f);
+    EXPECT_NEAR(mapped(m, 0.8f), -mapped(m, 0.2f), 1e-4f);
+    expectRoundTrip(m, 1e-5f);
+}
+
+TEST(FilterFreqMapper, PitchScaleAnchoredAtA440)
+{
+    Oxa3FilterFreqMapper m(20.0f, 20000.0f);
+    EXPECT_NEAR(mapped(m, 1.0f), 20000.0f, 1.0f);
+    EXPECT_NEAR(unmapped(m, 440.0f), 69.0f * m.inverseScale, 1e-5f);
+    EXPECT_NEAR(mapped(m, 69.0f / m.scale), 440.0f, 1e-2f);
+    // One octave is twelve steps of the scale, whatever the lower bound says.
+    EXPECT_NEAR(mapped(m, 81.0f / m.scale), 880.0f, 2e-2f);
+    for (int i = 1; i <= 10; ++i)
+    {
+        const float n = 0.1f * (float) i;
+        EXPECT_NEAR(unmapped(m, mapped(m, n)), n, 2e-5f);
+    }
+}
+
+TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
+{
+    ConformalMapper m(0.0f, 1.0f, 0.25f);
+    EXPECT_NEAR(m.a, 1.5, 1e-7);
+    EXPECT_NEAR(m.b, 0.5, 1e-7);
+    EXPECT_NEAR(mapped(m, 0.0f), 0.0f, 1e-7f);
+    EXPECT_NEAR(mapped(m, 0.5f), 0.25f, 1e-6f);
+    EXPECT_NEAR(mapped(m, 1.0f), 1.0f, 1e-6f);
+    EXPECT_FLOAT_EQ(mapped(m, 1.4f), 1.0f);
+    EXPECT_FLOAT_EQ(unmapped(m, -0.1f), 0.0f);
+    EXPECT_FLOAT_EQ(unmapped(m, 5.0f), 1.0f);
+    expectRoundTrip(m, 1e-5f);
+
+    ConformalMapper wide(20.0f, 2000.0f, 200.0f);
+    EXPECT_NEAR(mapped(wide, 0.5f), 200.0f, 1e-3f);
+    expectRoundTrip(wide, 1e-5f);
+}
+
+TEST(DummyMapper, TouchesNothing)
+{
+    DummyMapper m;
+    EXPECT_GT(m.min, m.max);
+    EXPECT_FLOAT_EQ(mapped(m, 0.37f), 0.37f);
+    EXPECT_FLOAT_EQ(unmapped(m, 123.0f), 123.0f);
+    float block[3] = {1.0f, 2.0f, 3.0f};
+    m.mapBlock(nullptr, block, 3);
+    EXPECT_FLOAT_EQ(block[2], 3.0f);
+}
+
+TEST(NoteTable, NormalisedToIndexRoundsAndClamps)
+{
+    EXPECT_EQ(noteIndexOfNormalised(0.5f), 15);
+    EXPECT_FLOAT_EQ(noteLength(noteIndexOfNormalised(0.5f)), 1.3333334f);
+    EXPECT_EQ(noteIndexOfNormalised(0.0f), 0);
+    EXPECT_EQ(noteIndexOfNormalised(1.0f), 29);
+    EXPECT_EQ(noteIndexOfNormalised(-3.0f), 0);
+    EXPECT_EQ(noteIndexOfNormalised(7.0f), 29);
+    EXPECT_EQ(noteIndexOfNormalised(std::nanf("")), 0);
+    // Halfway between two steps goes up.
+    EXPECT_EQ(noteIndexOfNormalised(0.5f / 29.0f), 1);
+    for (int i = 0; i < noteCount; ++i)
+        EXPECT_EQ(noteIndexOfNormalised(noteNormalisedOfIndex(i)), i);
+}
+
+TEST(NoteTable, LengthToIndexThresholds)
+{
+    for (int i = 0; i < noteCount; ++i)
+        EXPECT_EQ(noteIndexOfLength(noteLength(i)), i) << noteText(i);
+    // Lengths in no row snap to the first row whose threshold they reach.
+    EXPECT_EQ(noteIndexOfLength(1000.0f), 0);
+    EXPECT_EQ(noteIndexOfLength(1.4f), 15);
+    EXPECT_EQ(noteIndexOfLength(1.3f), 16);
+    EXPECT_EQ(noteIndexOfLength(0.99995f), 16);
+    EXPECT_EQ(noteIndexOfLength(0.9998f), 17);
+    EXPECT_EQ(noteIndexOfLength(0.05f), 29);
+    EXPECT_EQ(noteIndexOfLength(-1.0f), 29);
+    EXPECT_EQ(noteIndexOfLength(std::nanf("")), 29);
+}
+
+TEST(NoteTable, TextsAndOutOfTableRows)
+{
+    EXPECT_STREQ(noteText(0), "32x");
+    EXPECT_STREQ(noteText(17), "1/8 dot");
+    EXPECT_STREQ(noteText(29), "1/64 tri");
+    EXPECT_STREQ(noteText(30), "");
+    EXPECT_STREQ(noteText(-1), "");
+    EXPECT_FLOAT_EQ(noteLength(30), 0.0f);
+    EXPECT_EQ(noteIndexOfText("1/16 tri"), 24);
+    EXPECT_EQ(noteIndexOfText("1/16 TRI"), -1);
+    EXPECT_EQ(noteIndexOfText(" 1/16 tri"), -1);
+    EXPECT_EQ(noteIndexOfText(nullptr), -1);
+}
+
+TEST(NoteTable, NearestLengthBelowForRateSwitching)
+{
+    // 120 bpm at 0.1 Hz is twenty beats a cycle.
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(120.0f / 0.1f * 0.016666668f), 20.0f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(5000.0f), 128.0f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(5.0f), 4.0f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(1.4f), 1.3333334f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(2.6665f), 2.0f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(0.0625f), 0.0625f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(0.06f), 0.041666668f);
+    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(std::nanf("")), 0.041666668f);
+    for (int i = 0; i < lastNoteIndex; ++i)
+        EXPECT_FLOAT_EQ(nearestNoteLengthBelow(noteLength(i)), noteLength(i)) << noteText(i);
+}
