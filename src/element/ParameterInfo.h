@@ -1,0 +1,262 @@
+#pragma once
+// The per-element record of one parameter: the registered description, the getter
+// and setter (an object and two of its member functions), and a deferred value that
+// any thread may leave for the next render to apply.
+//
+// Getter and setter shapes, with up to three 16-bit index arguments I...:
+//   per state:        R get(const S& state, I...) const;   void set(S& state, I..., V value);
+//   global or output: R get(I...) const;                   void set(I..., V value);
+// where S derives from ElementState. The setter may be nullptr (output parameters).
+// Example:
+//   new ParameterInfo<float>(ids.mix, this, &Fx::mix, &Fx::setMix);          // (State&, float)
+//   new ParameterInfo<float>(ids.gain, this, &Fx::gain, &Fx::setGain, 1);    // (State&, int deck, float)
+
+#include "element/ElementState.h"
+#include "element/NonCopyable.h"
+#include "element/ParameterRegistry.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace oxa
+{
+class Element;
+class ElementParamEnvelope;
+
+class ParameterInfoBase : public NonCopyable
+{
+public:
+    virtual ~ParameterInfoBase() = default;
+    virtual ElementParamEnvelope* envelope() const = 0;
+    virtual const ParameterDescriptionBase* description() const = 0;
+    virtual ParameterKind kind() const = 0;
+    virtual bool hasDeferredValue() const = 0;
+    /** Clears pending and writes the deferred value into `state`. */
+    virtual void applyDeferredValue(Element& element, ElementState* state) = 0;
+    virtual uint32_t id() const = 0;
+
+    const ParameterFlags& flags() const { return description()->flags; }
+    const String& name() const { return description()->name; }
+};
+
+namespace detail
+{
+template <typename F>
+struct MemberFunctionTraits;
+
+template <typename R, typename C, typename... A>
+struct MemberFunctionTraits<R (C::*)(A...)>
+{
+    using Return = R;
+    using Arguments = std::tuple<A...>;
+    static constexpr std::size_t arity = sizeof...(A);
+};
+
+template <typename R, typename C, typename... A>
+struct MemberFunctionTraits<R (C::*)(A...) const> : MemberFunctionTraits<R (C::*)(A...)>
+{
+};
+
+template <typename Tuple, bool NonEmpty = (std::tuple_size_v<Tuple> > 0)>
+struct FirstIsState : std::false_type
+{
+};
+
+template <typename Tuple>
+struct FirstIsState<Tuple, true>
+    : std::bool_constant<std::is_reference_v<std::tuple_element_t<0, Tuple>>
+                         && std::is_base_of_v<ElementState, std::decay_t<std::tuple_element_t<0, Tuple>>>>
+{
+};
+
+/** The deferred value: an atomic exchange slot for numbers, a plain slot for texts. */
+template <typename T>
+struct DeferredSlot
+{
+    void store(const T& v) { value.store(v); }
+    T load() const { return value.load(); }
+    std::atomic<T> value{};
+};
+
+template <>
+struct DeferredSlot<String>
+{
+    void store(const String& v) { value = v; }
+    String load() const { return value; }
+    String value;
+};
+} // namespace detail
+
+template <typename T>
+class ParameterInfo : public ParameterInfoBase
+{
+public:
+    using Description = ParameterDescription<T>;
+
+    template <typename Object, typename Getter, typename Setter, typename... Indices>
+    ParameterInfo(const Description* description, Object* object, Getter getter, Setter setter,
+                  Indices... indices)
+        : description_(description), object_(object), indexCount_(static_cast<uint8_t>(sizeof...(Indices)))
+    {
+        static_assert(sizeof...(Indices) <= 3, "at most three index arguments");
+        static_assert(sizeof(Getter) <= sizeof(getterBytes_), "member function pointer too large");
+        const uint16_t list[] = {static_cast<uint16_t>(indices)..., 0};
+        for (std::size_t i = 0; i < sizeof...(Indices); ++i)
+            indices_[i] = list[i];
+        std::memcpy(getterBytes_, &getter, sizeof(Getter));
+        callGetter_ = &invokeGetter<Object, Getter, sizeof...(Indices)>;
+        if constexpr (!std::is_same_v<Setter, std::nullptr_t>)
+        {
+            static_assert(sizeof(Setter) <= sizeof(setterBytes_), "member function pointer too large");
+            std::memcpy(setterBytes_, &setter, sizeof(Setter));
+            callSetter_ = &invokeSetter<Object, Setter, sizeof...(Indices)>;
+        }
+    }
+
+    /** The same, with the description looked up by its registered id. */
+    template <typename Object, typename Getter, typename Setter, typename... Indices>
+    ParameterInfo(uint32_t id, Object* object, Getter getter, Setter setter, Indices... indices)
+        : ParameterInfo(lookupDescription(id), object, getter, setter, indices...)
+    {
+    }
+
+    ElementParamEnvelope* envelope() const override { return envelope_; }
+    const ParameterDescriptionBase* description() const override { return description_; }
+    const Description& typedDescription() const { return *description_; }
+    ParameterKind kind() const override { return ParameterKindOf<T>::value; }
+    uint32_t id() const override { return description_->id; }
+
+    bool hasDeferredValue() const override { return pending_.load() != 0; }
+    void applyDeferredValue(Element& element, ElementState* state) override
+    {
+        pending_.store(0);
+        set(state, deferred_.load());
+    }
+
+    /** Reads through the getter; `state` is ignored for global and output parameters. */
+    T get(const ElementState* state) const
+    {
+        if (callGetter_ == nullptr)
+            return description_->defaultValue;
+        return callGetter_(*this, const_cast<ElementState*>(state));
+    }
+
+    /** Writes through the setter; `state` is ignored for global parameters. */
+    void set(ElementState* state, const T& value) const
+    {
+        if (callSetter_ != nullptr)
+            callSetter_(*this, state, value);
+    }
+
+    bool hasSetter() const { return callSetter_ != nullptr; }
+
+    void defer(const T& value)
+    {
+        deferred_.store(value);
+        pending_.store(1);
+    }
+    T deferredValue() const { return deferred_.load(); }
+    bool isPending() const { return pending_.load() != 0; }
+    void clearPending() { pending_.store(0); }
+
+    void setEnvelope(ElementParamEnvelope* envelope) { envelope_ = envelope; }
+    uint16_t indexArgument(int i) const { return indices_[i]; }
+    int indexCount() const { return indexCount_; }
+
+private:
+    static const Description* lookupDescription(uint32_t id);
+
+    template <typename Object, typename Getter, std::size_t N>
+    static T invokeGetter(const ParameterInfo& info, ElementState* state)
+    {
+        using Traits = detail::MemberFunctionTraits<Getter>;
+        constexpr bool takesState = detail::FirstIsState<typename Traits::Arguments>::value;
+        static_assert(Traits::arity == N + (takesState ? 1 : 0), "getter arguments: [state,] indices");
+        Getter getter;
+        std::memcpy(&getter, info.getterBytes_, sizeof(Getter));
+        auto* object = static_cast<Object*>(info.object_);
+        if constexpr (takesState)
+        {
+            using StateRef = std::tuple_element_t<0, typename Traits::Arguments>;
+            using StateType = std::remove_reference_t<StateRef>;
+            if (state == nullptr)
+                return info.description_->defaultValue;
+            return static_cast<T>(callWithIndices(info, std::make_index_sequence<N>(), [&](auto... i) {
+                return (object->*getter)(static_cast<StateType&>(*state), i...);
+            }));
+        }
+        else
+            return static_cast<T>(callWithIndices(info, std::make_index_sequence<N>(),
+                                                  [&](auto... i) { return (object->*getter)(i...); }));
+    }
+
+    template <typename Object, typename Setter, std::size_t N>
+    static void invokeSetter(const ParameterInfo& info, ElementState* state, const T& value)
+    {
+        using Traits = detail::MemberFunctionTraits<Setter>;
+        constexpr bool takesState = detail::FirstIsState<typename Traits::Arguments>::value;
+        static_assert(Traits::arity == N + 1 + (takesState ? 1 : 0), "setter arguments: [state,] indices, value");
+        Setter setter;
+        std::memcpy(&setter, info.setterBytes_, sizeof(Setter));
+        auto* object = static_cast<Object*>(info.object_);
+        if constexpr (takesState)
+        {
+            using StateType = std::remove_reference_t<std::tuple_element_t<0, typename Traits::Arguments>>;
+            if (state == nullptr)
+                return;
+            callWithIndices(info, std::make_index_sequence<N>(), [&](auto... i) {
+                (object->*setter)(static_cast<StateType&>(*state), i..., value);
+                return 0;
+            });
+        }
+        else
+            callWithIndices(info, std::make_index_sequence<N>(), [&](auto... i) {
+                (object->*setter)(i..., value);
+                return 0;
+            });
+    }
+
+    template <std::size_t... I, typename Call>
+    static decltype(auto) callWithIndices(const ParameterInfo& info, std::index_sequence<I...>, Call&& call)
+    {
+        return call(static_cast<int>(info.indices_[I])...);
+    }
+
+    const Description* description_;
+    ElementParamEnvelope* envelope_ = nullptr;
+    void* object_;
+    alignas(8) unsigned char getterBytes_[16] = {};
+    alignas(8) unsigned char setterBytes_[16] = {};
+    T (*callGetter_)(const ParameterInfo&, ElementState*) = nullptr;
+    void (*callSetter_)(const ParameterInfo&, ElementState*, const T&) = nullptr;
+    detail::DeferredSlot<T> deferred_;
+    std::atomic<uint8_t> pending_{0};
+    uint16_t indices_[3] = {0, 0, 0};
+    uint8_t indexCount_;
+};
+
+template <>
+inline const ParameterDescription<float>* ParameterInfo<float>::lookupDescription(uint32_t id)
+{
+    return ParameterRegistry::instance().floatDescription(id);
+}
+template <>
+inline const ParameterDescription<int>* ParameterInfo<int>::lookupDescription(uint32_t id)
+{
+    return ParameterRegistry::instance().intDescription(id);
+}
+template <>
+inline const ParameterDescription<bool>* ParameterInfo<bool>::lookupDescription(uint32_t id)
+{
+    return ParameterRegistry::instance().boolDescription(id);
+}
+template <>
+inline const ParameterDescription<String>* ParameterInfo<String>::lookupDescription(uint32_t id)
+{
+    return ParameterRegistry::instance().stringDescription(id);
+}
+} // namespace oxa
