@@ -38,6 +38,7 @@ void EnvelopeCurve::setEnvelope (double resistance, double capacitance, double s
     g1 = 1.0 / ((w + sampleRate) * resistance);
     g2 = -1.0 / (capacitance * resistance * (w + sampleRate));
     invC = 1.0 / capacitance;
+    chargeTerm = charge * g2;
 }
 
 } // namespace oxa

@@ -13,13 +13,20 @@ public:
     // levelDb sets the curve's scale, ratio its spread around it.
     void setCurve (double levelDb, double ratio) noexcept;
     void setEnvelope (double resistance, double capacitance, double sampleRate) noexcept;
-    void clear() noexcept { charge = delta = 0.0; }
+    void clear() noexcept { charge = delta = chargeTerm = 0.0; }
 
     // Level for a candidate input; stores the charge step that commit() would take.
     double follow (double x) noexcept
     {
-        delta = (x < 0.0 ? -x : x) * g1 + charge * g2;
+        delta = (x < 0.0 ? -x : x) * g1 + chargeTerm;
         return (delta * 0.5 + charge) * invC;
+    }
+
+    // The same level, leaving no trace.
+    double levelFor (double x) const noexcept
+    {
+        const double step = (x < 0.0 ? -x : x) * g1 + chargeTerm;
+        return (step * 0.5 + charge) * invC;
     }
 
     // The curve for a level e.
@@ -39,7 +46,21 @@ public:
         return shape (e) * x / (e + 1e-16);
     }
 
-    void commit() noexcept { charge += delta; }
+    // apply() for two candidates at once, leaving no trace: the two chains are
+    // independent, so the processor can overlap them.
+    void applyPair (double x, double y, double& outX, double& outY) const noexcept
+    {
+        const double eX = levelFor (x) * 1.4142135623730951;
+        const double eY = levelFor (y) * 1.4142135623730951;
+        outX = shape (eX) * x / (eX + 1e-16);
+        outY = shape (eY) * y / (eY + 1e-16);
+    }
+
+    void commit() noexcept
+    {
+        charge += delta;
+        chargeTerm = charge * g2;
+    }
 
     double getCharge() const noexcept { return charge; }
     double getLow() const noexcept { return low; }
@@ -50,6 +71,7 @@ private:
     double c0 = 0.0, c1 = 1.0, c2 = 0.0, c3 = 0.0;
     double low = 0.0, high = 0.0, top = 0.0, slope = 0.001;
     double charge = 0.0, delta = 0.0;
+    double chargeTerm = 0.0; // charge * g2, fixed within a sample
     double g1 = 0.0, g2 = 0.0, invC = 0.0;
 };
 

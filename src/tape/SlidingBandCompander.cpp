@@ -26,15 +26,17 @@ namespace
     }
 
     // Newton on u = g(u) with a forward-difference slope; the last value stands if the
-    // few steps allowed do not converge.
-    template <class Sidechain>
-    double solve (double start, Sidechain sidechain) noexcept
+    // few steps allowed do not converge. sidechainPair evaluates g at u and u + step.
+    template <class SidechainPair>
+    double solve (double start, SidechainPair sidechainPair) noexcept
     {
         double u = start;
         for (int n = 0; n < iterations; ++n)
         {
-            const double error = u - sidechain (u);
-            const double correction = error / ((u + step - sidechain (u + step) - error) * 1e6 + 1e-16);
+            double at, beside;
+            sidechainPair (u, u + step, at, beside);
+            const double error = u - at;
+            const double correction = error / ((u + step - beside - error) * 1e6 + 1e-16);
             u -= correction;
             if (std::abs (correction) <= step)
                 break;
@@ -57,18 +59,22 @@ void SlidingBandSidechain::clear() noexcept
 {
     curve.clear();
     level.clear();
-    u1 = t1 = i1 = o1 = 0.0;
+    u1 = t1 = i1 = o1 = fixedHistory = 0.0;
     candidateU = candidateT = candidateI = candidateO = 0.0;
+}
+
+double SlidingBandSidechain::slidingStage (double levelOfT, double i) const noexcept
+{
+    const double a = slidingCorner (levelOfT);
+    ShelfCoefficients sliding;
+    sliding.design (a, slidingLift, sampleRate);
+    return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
 }
 
 double SlidingBandSidechain::evaluate (double u, double i) noexcept
 {
-    const double t = (fixedStage.c0 * u + fixedStage.c1 * u1 - fixedStage.d1 * t1) / fixedStage.d0;
-    const double a = slidingCorner (level.follow (t));
-
-    ShelfCoefficients sliding;
-    sliding.design (a, slidingLift, sampleRate);
-    const double o = (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
+    const double t = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    const double o = slidingStage (level.follow (t), i); // follow keeps the charge step for commit()
 
     candidateU = u;
     candidateT = t;
@@ -77,12 +83,22 @@ double SlidingBandSidechain::evaluate (double u, double i) noexcept
     return o;
 }
 
+void SlidingBandSidechain::evaluatePair (double u, double v, double iu, double iv, double& ou,
+                                         double& ov) const noexcept
+{
+    const double tu = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    const double tv = (fixedStage.c0 * v + fixedHistory) / fixedStage.d0;
+    ou = slidingStage (level.levelFor (tu), iu);
+    ov = slidingStage (level.levelFor (tv), iv);
+}
+
 void SlidingBandSidechain::commit() noexcept
 {
     i1 = candidateI;
     o1 = candidateO;
     u1 = candidateU;
     t1 = candidateT;
+    fixedHistory = fixedStage.c1 * u1 - fixedStage.d1 * t1;
     curve.commit();
     level.commit();
 }
@@ -109,7 +125,8 @@ double SlidingBandCompander::encode (double x) noexcept
         return x;
 
     SlidingBandSidechain& side = encoder;
-    const double u = solve (side.solution, [&] (double candidate) { return side.evaluate (candidate, x); });
+    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb)
+                            { side.evaluatePair (a, b, x, x, ga, gb); });
     side.solution = u;
     side.evaluate (u, x);
     const double y = x + side.getCurve().apply (u);
@@ -124,8 +141,10 @@ double SlidingBandCompander::decode (double v) noexcept
 
     SlidingBandSidechain& side = decoder;
     EnvelopeCurve& curve = side.getCurve();
-    const double u = solve (side.solution, [&] (double candidate) {
-        return side.evaluate (candidate, v - curve.apply (candidate));
+    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
+        double curvedA, curvedB;
+        curve.applyPair (a, b, curvedA, curvedB);
+        side.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
     });
     side.solution = u;
     const double y = v - curve.apply (u);

@@ -19,17 +19,23 @@ public:
     double evaluate (double u, double i) noexcept;
     void commit() noexcept;
 
+    // evaluate() for two candidates at once, leaving no trace.
+    void evaluatePair (double u, double v, double iu, double iv, double& ou, double& ov) const noexcept;
+
     // The curve that turns the sidechain into what is added to the signal.
     EnvelopeCurve& getCurve() noexcept { return curve; }
 
     double solution = 0.0; // the last accepted u, where the next solve starts
 
 private:
+    double slidingStage (double levelOfT, double i) const noexcept;
+
     double sampleRate = 48000.0;
     EnvelopeCurve curve;
     EnvelopeCurve level; // follower only: steers the sliding corner
     ShelfCoefficients fixedStage;
     double u1 = 0.0, t1 = 0.0; // fixed stage history
+    double fixedHistory = 0.0;  // c1 u1 - d1 t1, fixed within a sample
     double i1 = 0.0, o1 = 0.0; // sliding stage history
     double candidateU = 0.0, candidateT = 0.0, candidateI = 0.0, candidateO = 0.0;
 };

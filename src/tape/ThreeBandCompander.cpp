@@ -76,7 +76,7 @@ void ThreeBandSidechain::clear() noexcept
 {
     for (Band& band : bands)
     {
-        band.x1 = band.x2 = band.y1 = band.y2 = 0.0;
+        band.x1 = band.x2 = band.y1 = band.y2 = band.history = 0.0;
         band.input = band.output = 0.0;
         band.curve.clear();
     }
@@ -115,8 +115,10 @@ double ThreeBandCompander::decode (double v) noexcept
     double y = decoderSolution;
     for (int i = 0; i < decoderIterations; ++i)
     {
-        const double error = v - decoder.forward (y);
-        const double correction = error / ((v - decoder.forward (y + step) - error) * 1e6 + 1e-16);
+        double at, beside;
+        decoder.forwardPair (y, y + step, at, beside);
+        const double error = v - at;
+        const double correction = error / ((v - beside - error) * 1e6 + 1e-16);
         y -= correction;
         if (std::abs (correction) <= step)
             break;

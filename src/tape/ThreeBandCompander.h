@@ -20,11 +20,27 @@ public:
         for (Band& band : bands)
         {
             band.input = x * band.gain;
-            band.output = band.b0 * band.input + band.b1 * band.x1 + band.b2 * band.x2 - band.a1 * band.y1
-                          - band.a2 * band.y2;
+            band.output = band.b0 * band.input + band.history;
             sum += band.curve.apply (band.output);
         }
         return sum;
+    }
+
+    // forward() at x and at y, without touching any state.
+    void forwardPair (double x, double y, double& outX, double& outY) const noexcept
+    {
+        double sumX = x, sumY = y;
+        for (const Band& band : bands)
+        {
+            const double outputX = band.b0 * (x * band.gain) + band.history;
+            const double outputY = band.b0 * (y * band.gain) + band.history;
+            double curvedX, curvedY;
+            band.curve.applyPair (outputX, outputY, curvedX, curvedY);
+            sumX += curvedX;
+            sumY += curvedY;
+        }
+        outX = sumX;
+        outY = sumY;
     }
 
     void commit() noexcept
@@ -35,6 +51,7 @@ public:
             band.x1 = band.input;
             band.y2 = band.y1;
             band.y1 = band.output;
+            band.history = band.b1 * band.x1 + band.b2 * band.x2 - band.a1 * band.y1 - band.a2 * band.y2;
             band.curve.commit();
         }
     }
@@ -47,6 +64,7 @@ private:
         double b0 = 0.0, b1 = 0.0, b2 = 0.0, a1 = 0.0, a2 = 0.0;
         double gain = 1.0;
         double x1 = 0.0, x2 = 0.0, y1 = 0.0, y2 = 0.0;
+        double history = 0.0; // the filter's part from past samples, fixed within a sample
         double input = 0.0, output = 0.0; // the last candidate
         EnvelopeCurve curve;
     };
