@@ -66,13 +66,34 @@ std::size_t bytesOf(const TapeEffectState& state)
     return bytes;
 }
 
-void renderTape(benchmark::State& bench, bool heavy)
+// The heavy setting plus dropouts and three-band noise reduction both ways.
+void applyFullNoiseReduction(TapeEffectState& state)
+{
+    applyHeavy(state);
+    state.forEachDeck([](TapeDeck& deck) {
+        deck.setDegradeDepth(0.5);
+        deck.setDegradeRate(20.0);
+        deck.setEncoderType(2);
+        deck.setDecoderType(2);
+    });
+}
+
+enum class Setting
+{
+    defaults,
+    heavy,
+    fullNoiseReduction
+};
+
+void renderTape(benchmark::State& bench, Setting setting)
 {
     TapeEffectState state;
     state.prepare(sampleRate, blockSize, channelCount);
     applyDefaults(state);
-    if (heavy)
+    if (setting == Setting::heavy)
         applyHeavy(state);
+    else if (setting == Setting::fullNoiseReduction)
+        applyFullNoiseReduction(state);
 
     std::mt19937 rng(11);
     std::uniform_real_distribution<float> noise(-0.05f, 0.05f);
@@ -104,15 +125,21 @@ void renderTape(benchmark::State& bench, bool heavy)
 
 void BM_TapeEffectDefault(benchmark::State& bench)
 {
-    renderTape(bench, false);
+    renderTape(bench, Setting::defaults);
 }
 
 void BM_TapeEffectHeavy(benchmark::State& bench)
 {
-    renderTape(bench, true);
+    renderTape(bench, Setting::heavy);
+}
+
+void BM_TapeEffectFullNoiseReduction(benchmark::State& bench)
+{
+    renderTape(bench, Setting::fullNoiseReduction);
 }
 
 } // namespace
 
 BENCHMARK(BM_TapeEffectDefault)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
 BENCHMARK(BM_TapeEffectHeavy)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
+BENCHMARK(BM_TapeEffectFullNoiseReduction)->Unit(benchmark::kMicrosecond)->MinTime(2.0);

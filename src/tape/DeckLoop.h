@@ -13,26 +13,34 @@
 namespace oxa
 {
 
-// Noise reduction around the record head. Every type passes through until the
-// compander stages are wired in; the type parameters are already in place.
+// Noise reduction around the record head, by type: 0 none, 1 pre-emphasis,
+// 2 three-band, 3 sliding band.
 template <int Type>
-inline double encodeStage(TapeDeck&, double h) noexcept
+inline double encodeStage(TapeDeck& deck, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four encoder types");
-    return h;
+    if constexpr (Type == 1)
+        return deck.preEmphasis.encode(h);
+    else if constexpr (Type == 2)
+        return deck.threeBand.encode(h);
+    else if constexpr (Type == 3)
+        return deck.slidingBand.encode(h);
+    else
+        return h;
 }
 
 template <int Type>
-inline double decodeStage(TapeDeck&, double h) noexcept
+inline double decodeStage(TapeDeck& deck, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four decoder types");
-    return h;
-}
-
-// Playback head response: passes through until the filter chain is wired in.
-inline double playbackStage(TapeDeck&, double h) noexcept
-{
-    return h;
+    if constexpr (Type == 1)
+        return deck.preEmphasis.decode(h);
+    else if constexpr (Type == 2)
+        return deck.threeBand.decode(h);
+    else if constexpr (Type == 3)
+        return deck.slidingBand.decode(h);
+    else
+        return h;
 }
 
 template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck>
@@ -50,6 +58,7 @@ public:
           s(d.sampleCounter),
           writeIndex(d.sampleCounter % d.ringLength),
           inputGain(d.inputGain),
+          recordOn(d.recordHead.on != 0),
           feedbackGain(d.feedback * d.feedbackCompensation),
           driveGain(d.drive),
           noiseGain(d.noiseGain),
@@ -72,7 +81,10 @@ public:
     {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         inRing[writeIndex] = input * inputGain;
-        // Demagnetisation gain joins here (on the tape, when the record head is on).
+        // Dropouts stand on the tape; their generator runs in any case.
+        const double dropout = deck.demagnetisation.gainAt(s);
+        if (recordOn)
+            inRing[writeIndex] *= dropout;
 
         if constexpr (LfoMode)
         {
@@ -110,7 +122,7 @@ public:
     inline float afterHead(double fromHead) noexcept
     {
         double v = decodeStage<Decoder>(deck, fromHead);
-        v = playbackStage(deck, v);
+        v = deck.playbackFilters.process(v);
         v /= makeup;
         outRing[writeIndex] = v;
 
@@ -173,6 +185,7 @@ private:
     std::uint64_t s;
     std::uint64_t writeIndex;
     double inputGain;
+    bool recordOn;
     double feedbackGain;
     double driveGain;
     double noiseGain;

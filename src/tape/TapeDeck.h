@@ -1,8 +1,13 @@
 #pragma once
 
+#include "tape/Demagnetisation.h"
 #include "tape/LinearRamp.h"
+#include "tape/PlaybackFilterChain.h"
+#include "tape/PreEmphasis.h"
 #include "tape/RecordHead.h"
+#include "tape/SlidingBandCompander.h"
 #include "tape/TapeHead.h"
+#include "tape/ThreeBandCompander.h"
 #include "tape/TransportGenerator.h"
 
 #include <cstdint>
@@ -22,7 +27,7 @@ struct TapeDeck
     static constexpr int feedbackHeadIndex = 1;
 
     RecordHead recordHead;
-    // Playback filter chain: joins here once its stage lands.
+    PlaybackFilterChain playbackFilters;
     TapeHead heads[2];
     double headWeights[2] = {1.0, 0.0};
     std::vector<double> inputRing;  // the tape before the heads
@@ -32,8 +37,11 @@ struct TapeDeck
     double feedback = 0.0;
     std::int32_t feedbackHead = feedbackHeadIndex;
     double inputGain = 1.0;
-    // Noise reduction encoder/decoder states: join here once their stages land.
-    double decoderSolution = 0.0;
+    // Noise reduction around the record head, by type: 1, 3 and 2 (which
+    // keeps the implicit decoder's last solution).
+    PreEmphasis preEmphasis;
+    SlidingBandCompander slidingBand;
+    ThreeBandCompander threeBand;
     std::int32_t encoderType = 0;
     std::int32_t decoderType = 0;
     std::uint64_t ringLength = 0;
@@ -45,7 +53,7 @@ struct TapeDeck
     TransportGenerator transport;     // wow, flutter, drift and their random state
     double sampleRate = 0.0;
     double drive = 1.0;               // linear
-    // Demagnetisation state and its depth and rate: join here once that stage lands.
+    Demagnetisation demagnetisation; // dropouts, with their depth and rate
     float lfoRate = 0.1f;
     float lfoPhaseAccumulator = 0.0f;
     float LFOPhase = 0.0f;
@@ -74,8 +82,25 @@ struct TapeDeck
     // Either flag restarts the magnetic model from rest.
     void setRecordHeadOn(bool on) noexcept { recordHead.setOn(on); }
     void setNoiseGateOn(bool on) noexcept { recordHead.setGateOn(on); }
-    // Nominal tape speed for the deck and both heads (delays stay, lengths ramp).
+    // Nominal tape speed for the deck, both heads (delays stay, lengths ramp)
+    // and the playback response.
     void setTapeSpeed(double newSpeed) noexcept;
+    // Playback head design values. Each redesigns its filter and, when
+    // compensation is on, the feedback compensation (even with the chain off).
+    void setSpacing(double spacing) noexcept;
+    void setThickness(double thickness) noexcept;
+    void setAzimuth(double azimuth) noexcept;
+    void setTrackWidthRatio(double ratio) noexcept;
+    // Switching the chain clears its histories; compensation follows.
+    void setPlaybackFilterOn(bool on) noexcept;
+    void setCompensationOn(bool on) noexcept;
+    // Noise reduction type 0..3 of one side; clears that type's state of that side.
+    void setEncoderType(std::int32_t type) noexcept;
+    void setDecoderType(std::int32_t type) noexcept;
+    // Dropouts: a rate change restarts the section pattern at the current sample.
+    void setDegradeDepth(double depth) noexcept { demagnetisation.setDepth(depth); }
+    void setDegradeRate(double rate) noexcept { demagnetisation.setRate(rate, sampleCounter); }
+    void restartDegradeSection() noexcept { setDegradeRate(demagnetisation.getRate()); }
     // Forward head: the effect's latency. Feedback head: the feedback delay.
     void setForwardDelay(double seconds) noexcept { heads[forwardHead].setDelay(seconds); }
     void setFeedbackDelay(double seconds) noexcept { heads[feedbackHeadIndex].setDelay(seconds); }
@@ -88,6 +113,10 @@ struct TapeDeck
     double flangeSpeed() const noexcept;
     // Delay of the second deck's forward head for the current flange position.
     double flangeTargetDelay() const noexcept;
+
+private:
+    // Compensation for the current design when it and the chain are on, else 1.
+    void updateCompensation() noexcept;
 };
 
 } // namespace oxa

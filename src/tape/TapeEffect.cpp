@@ -206,7 +206,7 @@ void TapeEffectState::setNoiseSync(bool unsync) noexcept
         else
         {
             deck.restoreTransportSeeds();
-            // The demagnetisation section restarts here once that stage lands.
+            deck.restartDegradeSection();
         }
     });
 }

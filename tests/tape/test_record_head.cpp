@@ -199,5 +199,25 @@ TEST(RecordHead, MakeupGainFollowsDriveAndResistance)
     EXPECT_NEAR(deck.makeupTarget, std::pow(std::tanh(1.0) * 100.0, 0.6), 1e-9);
 }
 
+TEST(TapeDeck, FeedbackCompensationFollowsChainAndSwitch)
+{
+    TapeDeck deck;
+    deck.prepare(48000.0);
+    const float atDefaults = deck.feedbackCompensation;
+    EXPECT_LT(atDefaults, 1.0f); // the head's low-frequency boost is divided out
+    EXPECT_EQ(atDefaults, deck.playbackFilters.feedbackCompensation());
+    deck.setPlaybackFilterOn(false);
+    EXPECT_EQ(deck.feedbackCompensation, 1.0f);
+    // A design change while the chain is off still recalculates.
+    deck.setTrackWidthRatio(1.1);
+    EXPECT_NE(deck.feedbackCompensation, 1.0f);
+    deck.setCompensationOn(false);
+    EXPECT_EQ(deck.feedbackCompensation, 1.0f);
+    deck.setPlaybackFilterOn(true);
+    EXPECT_EQ(deck.feedbackCompensation, 1.0f);
+    deck.setCompensationOn(true);
+    EXPECT_EQ(deck.feedbackCompensation, deck.playbackFilters.feedbackCompensation());
+}
+
 } // namespace
 } // namespace oxa

@@ -49,6 +49,7 @@ void allStagesOff(TapeEffectState& state)
 {
     state.forEachDeck([](TapeDeck& deck) {
         deck.setRecordHeadOn(false);
+        deck.setPlaybackFilterOn(false);
         deck.transport.transportOn = 0;
     });
     state.outputPad = 1.0f;
@@ -103,6 +104,63 @@ TEST(TapeEffect, AllStagesOffIsTheSaturatedInputOneSampleAheadOfTheDry)
             EXPECT_DOUBLE_EQ(channel.decks[0].heads[0].currentDelay, channel.decks[1].heads[0].currentDelay);
         }
     }
+}
+
+TEST(TapeEffect, MatchedNoiseReductionIsNearlyTransparent)
+{
+    TapeEffectState plain;
+    plain.prepare(44100.0, 256, 1);
+    allStagesOff(plain);
+    const auto x = testSignal(20000, 9);
+    const auto reference = process(plain, {x}, 256);
+    for (int type = 1; type <= 3; ++type)
+    {
+        TapeEffectState state;
+        state.prepare(44100.0, 256, 1);
+        allStagesOff(state);
+        state.forEachDeck([type](TapeDeck& deck) {
+            deck.setEncoderType(type);
+            deck.setDecoderType(type);
+        });
+        const auto out = process(state, {x}, 256);
+        double error = 0.0, level = 0.0;
+        for (std::size_t n = 10000; n < x.size(); ++n)
+        {
+            error += std::pow(out[0][n] - reference[0][n], 2);
+            level += std::pow(reference[0][n], 2);
+        }
+        EXPECT_LT(error / level, type == 1 ? 1e-12 : 1e-4) << "type " << type;
+
+        // Encoding alone is audible: the stage sits in the path.
+        state.forEachDeck([](TapeDeck& deck) { deck.setDecoderType(0); });
+        const auto encodedOnly = process(state, {x}, 256);
+        double difference = 0.0;
+        for (std::size_t n = 10000; n < x.size(); ++n)
+            difference += std::pow(encodedOnly[0][n] - reference[0][n], 2);
+        EXPECT_GT(difference / level, 1e-3) << "type " << type;
+    }
+}
+
+TEST(TapeEffect, DropoutsNeedTheRecordHead)
+{
+    const auto x = testSignal(44100, 10);
+    auto run = [&x](double depth, bool recordHead) {
+        TapeEffectState state;
+        state.prepare(44100.0, 512, 1);
+        state.forEachDeck([&](TapeDeck& deck) {
+            deck.setRecordHeadOn(recordHead);
+            deck.noiseGain = 0.0;
+            deck.setDegradeDepth(depth);
+            deck.setDegradeRate(50.0);
+        });
+        const auto out = process(state, {x}, 512);
+        double energy = 0.0;
+        for (std::size_t n = 4000; n < x.size(); ++n)
+            energy += out[0][n] * out[0][n];
+        return energy;
+    };
+    EXPECT_LT(run(1.0, true), 0.9 * run(0.0, true));
+    EXPECT_EQ(run(1.0, false), run(0.0, false));
 }
 
 TEST(TapeEffect, PhaseInvertAtEqualDelaysCancels)

@@ -73,7 +73,10 @@ struct Rig
     explicit Rig(double sampleRate, std::uint32_t channels = 1, std::uint32_t block = 32)
     {
         state.prepare(sampleRate, block, channels);
-        state.forEachDeck([](TapeDeck& deck) { deck.setRecordHeadOn(false); });
+        state.forEachDeck([](TapeDeck& deck) {
+            deck.setRecordHeadOn(false);
+            deck.setPlaybackFilterOn(false);
+        });
         buffer.assign(static_cast<std::size_t>(block) * channels, 0.0f);
         speed.assign(block, 0.0f);
         dry.assign(block, 0.0f);
