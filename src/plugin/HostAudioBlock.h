@@ -1,6 +1,7 @@
 #pragma once
 // A view of the host's buffer for one block: the engine renders in place in it.
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
