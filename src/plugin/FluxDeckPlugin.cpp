@@ -1,39 +1,105 @@
-// Temporary pass-through processor: lets the build, the bundle and the host
-// tools stand before the element tree and the engine arrive.
-#include <juce_audio_processors/juce_audio_processors.h>
+#include "plugin/FluxDeckPlugin.h"
+#include "tape/FluxDeckProcessor.h"
+
+#include <cstring>
 
 namespace oxa
 {
-class FluxDeckPlugin final : public juce::AudioProcessor
+FluxDeckPlugin::FluxDeckPlugin()
+    : Plugin(FluxDeckPluginDefinition::instance(),
+             BusesProperties()
+                 .withInput("Input", juce::AudioChannelSet::stereo(), true)
+                 .withOutput("Output", juce::AudioChannelSet::stereo(), true))
 {
-public:
-    FluxDeckPlugin()
-        : AudioProcessor(BusesProperties()
-                             .withInput("Input", juce::AudioChannelSet::stereo(), true)
-                             .withOutput("Output", juce::AudioChannelSet::stereo(), true))
-    {
-    }
+    FluxDeckProcessor::registerType();
 
-    const juce::String getName() const override { return "Flux Deck"; }
-    void prepareToPlay(double sampleRate, int) override
+    auto newEngine = std::make_shared<Engine>();
+    latencyForwarder.connect(this, [this] { updateLatency(); });
+
+    auto processor = std::make_shared<FluxDeckProcessor>(String("FluxDeck"));
+    newEngine->addElement(processor);
+    setEngine(newEngine);
+
+    markLoaded();
+}
+
+FluxDeckPlugin::~FluxDeckPlugin()
+{
+    latencyForwarder.disconnect(this);
+}
+
+bool FluxDeckPlugin::isBusesLayoutSupported(const BusesLayout& layouts) const
+{
+    return Plugin::isBusesLayoutSupported(layouts);
+}
+
+void FluxDeckPlugin::prepareToPlay(double sampleRate, int maximumBlockSize)
+{
+    Plugin::prepareToPlay(sampleRate, maximumBlockSize);
+    updateLatency();
+}
+
+int FluxDeckPlugin::latencyFor(double sampleRate, bool lowLatency)
+{
+    const double seconds = lowLatency ? 0.01 : (double) 0.06f;
+    return (int) (float) (sampleRate * seconds);
+}
+
+void FluxDeckPlugin::updateLatency()
+{
+    if (sampleRate_ <= 0 || engine == nullptr)
+        return;
+    bool lowLatency = false;
+    if (Element* fx = engine->findElement(String("FluxDeck")))
+        if (const uint32_t id = fx->parameterId("ApplyLowLatency"))
+            lowLatency = fx->boolParameter(id);
+    setLatencySamples(latencyFor(sampleRate_, lowLatency));
+}
+
+void FluxDeckPlugin::renderHostBlock(HostAudioBlock& block)
+{
+    // The effect always sees as many input channels as output channels: mono in,
+    // stereo out feeds channel 0 to both.
+    const uint32_t ci = (uint32_t) getMainBusNumInputChannels();
+    const uint32_t co = std::min<uint32_t>((uint32_t) getMainBusNumOutputChannels(), block.channelCount());
+    if (ci < co)
     {
-        setLatencySamples((int) (float) (sampleRate * (double) 0.06f));
+        for (uint32_t c = ci; c < co; ++c)
+            std::memset(block.channels[c], 0, sizeof(float) * block.length);
+        if (ci == 1)
+            std::memcpy(block.channels[1], block.channels[0], sizeof(float) * block.length);
     }
-    void releaseResources() override {}
-    void processBlock(juce::AudioBuffer<float>&, juce::MidiBuffer& midi) override { midi.clear(); }
-    double getTailLengthSeconds() const override { return std::numeric_limits<double>::infinity(); }
-    bool acceptsMidi() const override { return true; }
-    bool producesMidi() const override { return false; }
-    juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    bool hasEditor() const override { return false; }
-    int getNumPrograms() override { return 1; }
-    int getCurrentProgram() override { return 0; }
-    void setCurrentProgram(int) override {}
-    const juce::String getProgramName(int) override { return "Default"; }
-    void changeProgramName(int, const juce::String&) override {}
-    void getStateInformation(juce::MemoryBlock&) override {}
-    void setStateInformation(const void*, int) override {}
-};
+    Plugin::renderHostBlock(block);
+}
+
+void FluxDeckPlugin::setStateInformation(const void* data, int sizeInBytes)
+{
+    Plugin::setStateInformation(data, sizeInBytes);
+    if (juce::MessageManager::getInstance()->isThisTheMessageThread())
+        markLoaded();
+    else
+    {
+        std::weak_ptr<bool> token = alive;
+        juce::MessageManager::callAsync([this, token] {
+            if (token.lock())
+                markLoaded();
+        });
+    }
+}
+
+void FluxDeckPlugin::markLoaded()
+{
+    if (engine == nullptr)
+        return;
+    engine->clearModified();
+    if (Element* fx = engine->findElement(String("FluxDeck")))
+        fx->clearModified();
+}
+
+juce::AudioProcessorEditor* FluxDeckPlugin::createEditor()
+{
+    return new juce::GenericAudioProcessorEditor(*this);
+}
 } // namespace oxa
 
 juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()

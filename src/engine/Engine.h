@@ -1,0 +1,141 @@
+#pragma once
+// The root of the element tree: renders its children in order on bus 0, keeps the
+// musical clock, turns transport commands into state, and collects the tree's errors.
+
+#include "engine/ProcessingElement.h"
+
+#include <array>
+#include <list>
+#include <memory>
+#include <mutex>
+
+namespace tinyxml2
+{
+class XMLDocument;
+}
+
+namespace oxa
+{
+class AutomationParameterInterface;
+
+/** Incoming notes and controllers; read only by instrument-layer modulation. */
+class MidiState
+{
+public:
+    MidiState();
+    void handle(const EngineEvent& event);
+
+    struct Record
+    {
+        uint8_t velocity = 0;
+        bool on = false;
+    };
+    std::array<Record, 128> notes {};
+    std::array<uint8_t, 128> controllers {};
+    std::array<float, 128> curve {};
+};
+
+class Engine : public ProcessingElement
+{
+public:
+    struct Ids
+    {
+        uint32_t globalTune, tempo, playing, recording, autoPlay, displayName, meterNumerator, meterDenominator;
+    };
+    static const Ids& ids();
+
+    explicit Engine(const String& name = String());
+    ~Engine() override;
+
+    // ---- tree ----
+    /** Appends a top-level element in render order; prepares it when the engine is prepared. */
+    void addElement(const std::shared_ptr<ProcessingElement>& element);
+    void removeAllElements();
+    const std::vector<ProcessingElement*>& renderOrder() const { return children_; }
+
+    // ---- rendering ----
+    void prepareToRender() override;
+    void setBus(uint32_t index, AudioBus* bus) override;
+    void processEvents(RenderContext& context, EventList& events, uint32_t numSamples) override;
+    void render(RenderContext& context, uint32_t numSamples) override;
+    void renderAudio(RenderContext& context, uint32_t numSamples, ElementState* state) override;
+    void handleEvents(RenderContext& context, EventList& events, uint32_t numSamples) override;
+    /** The engine hands events on from its clock step, with its own transport commands merged. */
+    void forwardEventsToChildren(RenderContext& context, EventList& events, uint32_t numSamples) override {}
+
+    // ---- errors ----
+    void reportError(std::unique_ptr<Error> error) override;
+    /** Fires the error signal for each kept error in order, while somebody listens. */
+    void drainErrors();
+    size_t keptErrorCount() const { return errors.size(); }
+    Signal<Error*> errorSignal;
+
+    // ---- the rest ----
+    Engine* engine() override { return this; }
+    std::recursive_mutex& engineLock() { return engineLock_; }
+    void setAutomation(AutomationParameterInterface* automation) { automation_ = automation; }
+    AutomationParameterInterface* automation() const { return automation_; }
+    /** Applies automation XML held back from a load, then drops it. */
+    void applyHeldAutomation();
+    std::unique_ptr<tinyxml2::XMLDocument>& heldAutomationXml() { return heldAutomation_; }
+    void setTrackProperties(std::shared_ptr<void> properties) { trackProperties_ = std::move(properties); }
+
+    double tempo() const { return tempo_; }
+    double position() const { return position_; }
+    bool isPlaying() const { return playing_; }
+    bool isRecording() const { return recording_; }
+    int meterNumerator() const { return meterNumerator_; }
+    int meterDenominator() const { return meterDenominator_; }
+    bool syncsToHost() const { return syncToHost_; }
+    const MidiState& midiState() const { return midiState_; }
+
+private:
+    float globalTune() const { return globalTune_; }
+    void setGlobalTune(float v) { globalTune_ = v; }
+    float tempoParameter() const { return (float) tempo_; }
+    void setTempoParameter(float v);
+    bool playingParameter() const { return playing_; }
+    void setPlaying(bool v) { playing_ = v; }
+    bool recordingParameter() const { return recording_; }
+    void setRecording(bool v) { recording_ = v; }
+    bool autoPlayParameter() const { return autoPlay_; }
+    void setAutoPlay(bool v) { autoPlay_ = v; }
+    String displayNameParameter() const { return displayName_; }
+    void setDisplayName(String v) { displayName_ = v; }
+    int meterNumeratorParameter() const { return meterNumerator_; }
+    void setMeterNumerator(int v) { meterNumerator_ = v; }
+    int meterDenominatorParameter() const { return meterDenominator_; }
+    void setMeterDenominator(int v) { meterDenominator_ = v; }
+    bool syncToHostParameter() const { return syncToHost_; }
+    void setSyncToHost(bool v) { syncToHost_ = v; }
+
+    double samplesPerBeat(const RenderContext& context) const { return 60.0 / tempo_ * context.sampleRate; }
+    void armPreCount(const RenderContext& context);
+    void emit(uint32_t type, const EngineEvent& at);
+
+    std::vector<ProcessingElement*> children_;
+    std::vector<std::shared_ptr<ProcessingElement>> owned_;
+    float globalTune_ = 440.0f;
+    int meterNumerator_ = 4;
+    int meterDenominator_ = 4;
+    double tempo_ = 120.0;
+    double position_ = 0;
+    bool syncToHost_ = true;
+    float tempoSetByUser_ = 120.0f;
+    String displayName_;
+    MidiState midiState_;
+    bool autoPlay_ = true;
+    bool playing_ = false;
+    bool recording_ = false;
+    bool hostWasPlaying_ = false;
+    double stopPosition_ = 0;
+    bool preCountActive_ = false;
+    int32_t preCountSamples_ = 0;
+    std::list<std::unique_ptr<Error>> errors;
+    AutomationParameterInterface* automation_ = nullptr;
+    std::unique_ptr<tinyxml2::XMLDocument> heldAutomation_;
+    std::recursive_mutex engineLock_;
+    std::shared_ptr<void> trackProperties_;
+    EventList localEvents_; // transport commands made in this block; reserved up front
+};
+} // namespace oxa

@@ -1,0 +1,284 @@
+#include "plugin/Plugin.h"
+
+#include <tinyxml2.h>
+
+namespace oxa
+{
+std::atomic<int> Plugin::liveCount { 0 };
+
+Plugin::Plugin(const PluginDefinition& def, const BusesProperties& buses)
+    : juce::AudioProcessor(buses), definition(def), context(std::make_unique<RenderContext>())
+{
+    switch (wrapperType)
+    {
+        case wrapperType_VST: settingsKeyPath = settingsPath(def, "SOFTWARE\\%1\\%2\\VST"); break;
+        case wrapperType_VST3: settingsKeyPath = settingsPath(def, "SOFTWARE\\%1\\%2\\VST3"); break;
+        case wrapperType_AAX: settingsKeyPath = settingsPath(def, "SOFTWARE\\%1\\%2\\AAX"); break;
+        case wrapperType_Standalone: settingsKeyPath = settingsPath(def, "SOFTWARE\\%1\\%2\\SA"); break;
+        default: break;
+    }
+    events.reserve(1024);
+    ++liveCount;
+}
+
+Plugin::~Plugin()
+{
+    setEngine(nullptr);
+    --liveCount;
+}
+
+void Plugin::setEngine(const std::shared_ptr<Engine>& newEngine)
+{
+    if (newEngine == nullptr)
+    {
+        engine.reset();
+        return;
+    }
+    engine = newEngine;
+    engine->setAutomation(this);
+}
+
+bool Plugin::isBusesLayoutSupported(const BusesLayout& layouts) const
+{
+    const auto in = layouts.getMainInputChannelSet();
+    const auto out = layouts.getMainOutputChannelSet();
+    if (wrapperType == wrapperType_Standalone)
+        return in == out || in.isDisabled();
+
+    const auto mono = juce::AudioChannelSet::mono();
+    const auto stereo = juce::AudioChannelSet::stereo();
+    return (in == mono && out == mono) || (in == mono && out == stereo) || (in == stereo && out == stereo);
+}
+
+void Plugin::prepareToPlay(double sampleRate, int maximumBlockSize)
+{
+    if (sampleRate <= 0 || maximumBlockSize <= 0 || engine == nullptr)
+        return;
+    if (engine->isPrepared() && engine->sampleRate() == (float) sampleRate
+        && engine->maxBlockSize() == (uint16_t) maximumBlockSize && !layoutChanged)
+        return;
+
+    const juce::ScopedLock lock(renderLock_);
+    rebuildBuses(sampleRate, maximumBlockSize);
+    layoutChanged = false;
+}
+
+void Plugin::rebuildBuses(double sampleRate, int blockSize)
+{
+    sampleRate_ = sampleRate;
+    blockSize_ = blockSize;
+    context->setSampleRate((float) sampleRate);
+    engine->prepare(sampleRate, blockSize);
+
+    // Aux outputs: index of aux bus i is its bus number plus one; index 1 stays unused.
+    for (size_t i = 0; i < auxBuses.size(); ++i)
+        engine->setBus((uint32_t) i + 2, nullptr);
+    std::vector<std::shared_ptr<AudioBus>> newAux;
+    uint32_t disabledChannels = 0;
+    for (int i = 1; i < getBusCount(false); ++i)
+    {
+        const auto* b = getBus(false, i);
+        const uint32_t definitionCount = definition.auxChannelCount((size_t) i - 1);
+        const uint32_t count = b->isEnabled() ? (uint32_t) b->getNumberOfChannels() : definitionCount;
+        auto bus = std::make_shared<AudioBus>(count, (uint32_t) blockSize, b->getName().toStdString());
+        newAux.push_back(bus);
+        engine->setBus((uint32_t) i + 1, bus.get());
+        if (!b->isEnabled())
+            disabledChannels += definitionCount;
+    }
+
+    int mainChannels = getMainBusNumOutputChannels();
+    if (mainChannels <= 0)
+        mainChannels = 2;
+    auto newMain = std::make_unique<AudioBus>((uint32_t) mainChannels, (uint32_t) blockSize);
+    engine->setBus(0, newMain.get());
+
+    if (disabledChannels != auxScratchChannels || (uint32_t) blockSize != auxScratchBlockSize)
+    {
+        auxScratchChannels = disabledChannels;
+        auxScratchBlockSize = (uint32_t) blockSize;
+        const size_t stride = ((size_t) blockSize + 3) & ~size_t(3);
+        auxScratch.assign(stride * disabledChannels, 0.0f);
+        auxScratchPointers.assign(disabledChannels + 1, nullptr);
+        for (uint32_t c = 0; c < disabledChannels; ++c)
+            auxScratchPointers[c] = auxScratch.data() + c * stride;
+    }
+
+    engine->applyHeldAutomation();
+    mainBus = std::move(newMain);
+    auxBuses = std::move(newAux);
+}
+
+void Plugin::reset()
+{
+    if (engine != nullptr)
+        engine->reset();
+}
+
+void Plugin::updateTrackProperties(const TrackProperties& properties)
+{
+    if (engine != nullptr)
+        engine->setTrackProperties(std::make_shared<TrackProperties>(properties));
+}
+
+void Plugin::updateTransport(int numSamples)
+{
+    std::optional<HostPosition> position;
+    if (auto* head = getPlayHead())
+    {
+        if (const auto info = head->getPosition())
+        {
+            HostPosition p;
+            if (const auto bpm = info->getBpm())
+                p.bpm = *bpm;
+            if (const auto sig = info->getTimeSignature())
+            {
+                p.numerator = sig->numerator;
+                p.denominator = sig->denominator;
+            }
+            if (const auto ppq = info->getPpqPosition())
+                p.ppqPosition = *ppq;
+            if (const auto bar = info->getPpqPositionOfLastBarStart())
+                p.ppqLastBarStart = *bar;
+            if (const auto loop = info->getLoopPoints())
+            {
+                p.loopStart = loop->ppqStart;
+                p.loopEnd = loop->ppqEnd;
+            }
+            p.looping = info->getIsLooping();
+            p.playing = info->getIsPlaying();
+            position = p;
+        }
+    }
+    const double rate = sampleRate_ > 0 ? sampleRate_ : (double) context->sampleRate;
+    transport.update(position, numSamples, rate, isNonRealtime(), context->transport);
+}
+
+void Plugin::processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi)
+{
+    const int numSamples = buffer.getNumSamples();
+    updateTransport(numSamples);
+
+    const int totalInputs = getTotalNumInputChannels();
+    if (!buffer.hasBeenCleared())
+        for (int c = totalInputs; c < buffer.getNumChannels(); ++c)
+            buffer.clear(c, 0, numSamples);
+
+    for (const auto metadata : midi)
+    {
+        const uint8_t* raw = metadata.data;
+        const int size = metadata.numBytes;
+        if (size <= 0)
+            continue;
+        const uint8_t status = raw[0];
+        enqueueHostEvent(0, status & 15, status & 240, size > 1 ? raw[1] : 0, size > 2 ? raw[2] : 0,
+                         metadata.samplePosition);
+    }
+
+    if (numSamples > 0 && engine != nullptr && mainBus != nullptr)
+    {
+        const int outChannels = getMainBusNumOutputChannels();
+        const int first = getChannelIndexInProcessBlockBuffer(false, 0, 0);
+        const int usable = std::min(outChannels, buffer.getNumChannels() - first);
+        float* const* channels = buffer.getArrayOfWritePointers() + first;
+        hostBlock.init(channels, (uint32_t) std::max(usable, 0), (uint32_t) numSamples);
+        hostBlock.outputAuxCount = (uint32_t) std::max(getBusCount(false) - 1, 0);
+        hostBlock.inputAuxCount = (uint32_t) std::max(getBusCount(true) - 1, 0);
+        renderHostBlock(hostBlock);
+    }
+
+    midi.clear();
+    for (const EngineEvent& e : context->outputEvents)
+    {
+        const int channel = e.channel < 0 ? 1 : e.channel + 1;
+        juce::MidiMessage message;
+        switch (e.type)
+        {
+            case EventType::noteOff: message = juce::MidiMessage::noteOff(channel, (int) e.data1, (uint8_t) e.data2); break;
+            case EventType::noteOn: message = juce::MidiMessage::noteOn(channel, (int) e.data1, (uint8_t) e.data2); break;
+            case EventType::aftertouch:
+                message = juce::MidiMessage::aftertouchChange(channel, (int) e.data1, (int) e.data2);
+                break;
+            case EventType::controller:
+                message = juce::MidiMessage::controllerEvent(channel, (int) e.data1, (int) e.data2);
+                break;
+            case EventType::pitchWheel:
+                message = juce::MidiMessage::pitchWheel(channel, (int) (e.data2 * 128 + e.data1));
+                break;
+            default: continue;
+        }
+        midi.addEvent(message, (int) e.sampleOffset);
+    }
+    context->outputEvents.clear();
+}
+
+void Plugin::enqueueHostEvent(uint8_t port, uint8_t channel, uint8_t status, uint8_t data1, uint8_t data2,
+                              int sampleOffset)
+{
+    if (status == 240 || status < 128)
+        return;
+    EngineEvent e;
+    e.type = status;
+    if (status == EventType::noteOn && data2 == 0)
+        e.type = EventType::noteOff;
+    e.sampleOffset = (uint64_t) std::max(sampleOffset, 0);
+    e.port = port;
+    e.channel = channel;
+    e.data1 = data1;
+    e.data2 = data2;
+    events.push_back(e); // room for 1024 was reserved; a larger burst grows the list
+}
+
+void Plugin::renderHostBlock(HostAudioBlock& block)
+{
+    const juce::ScopedNoDenormals noDenormals;
+    renderEngine(block, 0, 0);
+}
+
+void Plugin::renderEngine(HostAudioBlock& block, int, int)
+{
+    const juce::ScopedTryLock lock(renderLock_);
+    if (!lock.isLocked())
+    {
+        block.silent = true; // the input passes as it came; events wait for the next block
+        return;
+    }
+
+    mainBus->setChannels(block.mainChannels());
+    mainBus->blockLength = block.length;
+    if (getBusCount(true) == 0 || getMainBusNumInputChannels() == 0)
+        mainBus->markSilent(block.length);
+    for (auto& aux : auxBuses)
+        aux->markSilent(block.length);
+
+    events.sortByOffset();
+    engine->processEvents(*context, events, block.length);
+    engine->render(*context, block.length);
+    if (mainBus->isSilent())
+        block.silent = true;
+
+    events.clear();
+    context->endOfBlock(block.length);
+}
+
+int32_t Plugin::queryIEditController(const Steinberg::TUID, void** obj)
+{
+    *obj = nullptr;
+    return (int32_t) 0x80004002; // no such interface
+}
+
+int32_t Plugin::queryIAudioProcessor(const Steinberg::TUID, void** obj)
+{
+    *obj = nullptr;
+    return -1;
+}
+
+// Host parameter bindings and the state chunk arrive with the host parameters and
+// the persistence of the tree; until then nothing is bound and no state is kept.
+bool Plugin::bind(const AutomationTarget&, const String&) { return false; }
+void Plugin::unbind(const AutomationTarget&) {}
+bool Plugin::save(tinyxml2::XMLElement*) { return false; }
+void Plugin::load(const tinyxml2::XMLElement*) {}
+void Plugin::getStateInformation(juce::MemoryBlock&) {}
+void Plugin::setStateInformation(const void*, int) {}
+} // namespace oxa

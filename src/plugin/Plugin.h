@@ -1,0 +1,116 @@
+#pragma once
+// The generic processor frame of the engine's products: builds nothing itself, but
+// adapts the host's buffers, MIDI and play head to the engine and renders it in place.
+
+#include "engine/Engine.h"
+#include "engine/HostTransport.h"
+#include "plugin/AutomationParameterInterface.h"
+#include "plugin/HostAudioBlock.h"
+#include "plugin/PluginDefinition.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace tinyxml2
+{
+class XMLDocument;
+}
+
+namespace oxa
+{
+class Plugin : public juce::AudioProcessor, public AutomationParameterInterface, public juce::VST3ClientExtensions
+{
+public:
+    Plugin(const PluginDefinition& definition, const BusesProperties& buses);
+    ~Plugin() override;
+
+    // ---- juce::AudioProcessor ----
+    const juce::String getName() const override { return definition.productName(); }
+    void prepareToPlay(double sampleRate, int maximumBlockSize) override;
+    void releaseResources() override {}
+    void memoryWarningReceived() override {}
+    void processBlock(juce::AudioBuffer<double>&, juce::MidiBuffer&) override {}
+    void processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
+    bool canAddBus(bool) const override { return false; }
+    bool canRemoveBus(bool) const override { return false; }
+    bool supportsDoublePrecisionProcessing() const override { return false; }
+    double getTailLengthSeconds() const override { return std::numeric_limits<double>::infinity(); }
+    bool acceptsMidi() const override { return true; }
+    bool producesMidi() const override { return false; }
+    bool supportsMPE() const override { return false; }
+    bool isMidiEffect() const override { return false; }
+    void reset() override;
+    juce::AudioProcessorParameter* getBypassParameter() const override { return nullptr; }
+    bool hasEditor() const override { return true; }
+    int getNumPrograms() override { return 1; }
+    int getCurrentProgram() override { return 0; }
+    void setCurrentProgram(int) override {}
+    const juce::String getProgramName(int) override { return programName; }
+    void changeProgramName(int, const juce::String& name) override { programName = name; }
+    void getStateInformation(juce::MemoryBlock& destination) override;
+    void setStateInformation(const void* data, int sizeInBytes) override;
+    void processorLayoutsChanged() override { layoutChanged = true; }
+    void updateTrackProperties(const TrackProperties& properties) override;
+    bool isBusesLayoutSupported(const BusesLayout& layouts) const override;
+
+    // ---- juce::VST3ClientExtensions: no control-surface interfaces are offered ----
+    int32_t queryIEditController(const Steinberg::TUID, void** obj) override;
+    int32_t queryIAudioProcessor(const Steinberg::TUID, void** obj) override;
+    bool getPluginHasMainInput() const override { return true; }
+
+    // ---- AutomationParameterInterface (host parameter bindings) ----
+    bool bind(const AutomationTarget& target, const String& displayName) override;
+    void unbind(const AutomationTarget& target) override;
+    bool save(tinyxml2::XMLElement* node) override;
+    void load(const tinyxml2::XMLElement* node) override;
+
+    // ---- the engine's side ----
+    /** Appends an engine event for this block; system messages are dropped. */
+    virtual void enqueueHostEvent(uint8_t port, uint8_t channel, uint8_t status, uint8_t data1, uint8_t data2,
+                                  int sampleOffset);
+    /** Renders with flush-to-zero and denormals-are-zero on. */
+    virtual void renderHostBlock(HostAudioBlock& block);
+    virtual void renderEngine(HostAudioBlock& block, int, int);
+
+    /** Takes the engine as the tree's root (null releases it). */
+    void setEngine(const std::shared_ptr<Engine>& engine);
+    const std::shared_ptr<Engine>& getEngine() const { return engine; }
+    RenderContext& renderContext() { return *context; }
+    const EventList& pendingEvents() const { return events; }
+    juce::CriticalSection& renderLock() { return renderLock_; }
+    double preparedSampleRate() const { return sampleRate_; }
+    int preparedBlockSize() const { return blockSize_; }
+
+    static int liveInstances() { return liveCount.load(); }
+
+protected:
+    void updateTransport(int numSamples);
+    void rebuildBuses(double sampleRate, int blockSize);
+
+    const PluginDefinition& definition;
+    std::shared_ptr<Engine> engine;
+    std::unique_ptr<AudioBus> mainBus;
+    std::vector<std::shared_ptr<AudioBus>> auxBuses;
+    HostAudioBlock hostBlock;
+    std::unique_ptr<RenderContext> context;
+    EventList events;
+    juce::CriticalSection renderLock_;
+    HostTransportTracker transport;
+    std::vector<float> auxScratch;
+    std::vector<float*> auxScratchPointers;
+    uint32_t auxScratchChannels = 0;
+    uint32_t auxScratchBlockSize = 0;
+    std::string settingsKeyPath;
+    std::shared_ptr<tinyxml2::XMLDocument> pendingState;
+    bool layoutChanged = true;
+    juce::String programName { "Default" };
+    double sampleRate_ = 0;
+    int blockSize_ = 0;
+
+private:
+    static std::atomic<int> liveCount;
+};
+} // namespace oxa

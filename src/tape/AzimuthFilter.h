@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+
+namespace oxa
+{
+
+// Loss from a tilted head gap: a running mean over the time the tape needs to pass the
+// tilt, built as a comb with fractional length and a slightly leaky integrator.
+class AzimuthFilter
+{
+public:
+    // Long enough for the longest mean: azimuth 0.001 at speed 0.1 and 192 kHz.
+    static constexpr uint32_t ringSize = 612;
+
+    void prepare (double sampleRate) noexcept;
+    void clear() noexcept;
+
+    // Both return false and keep the old design for values that are not positive and finite.
+    bool setSpeed (double newSpeed) noexcept;
+    bool setAzimuth (double newAzimuth) noexcept;
+
+    double getSpeed() const noexcept { return speed; }
+    double getAzimuth() const noexcept { return azimuth; }
+    double getLength() const noexcept { return length; }
+
+    double process (double x) noexcept
+    {
+        const uint32_t first = (position + ringSize - delay) % ringSize;
+        const uint32_t second = (first + ringSize - 1) % ringSize;
+        const double y = g0 * x + g1 * ring[first] + g2 * ring[second] - p1 * y1 - p2 * y2;
+        ring[position] = x;
+        position = (position + 1) % ringSize;
+        y2 = y1;
+        y1 = y;
+        return y;
+    }
+
+private:
+    void redesign() noexcept;
+
+    double sampleRate = 48000.0;
+    double speed = 1.0;
+    double azimuth = 0.0001;
+    double length = 1.0;
+    uint32_t delay = 1;
+    double g0 = 1.0, g1 = -1.0, g2 = 0.0;
+    double p1 = -0.9999, p2 = 0.0;
+    double ring[ringSize] {};
+    uint32_t position = 0;
+    double y1 = 0.0, y2 = 0.0;
+};
+
+} // namespace oxa

@@ -1,0 +1,203 @@
+#pragma once
+
+// The per-sample work of one deck, as a template so that flange mode and
+// noise reduction types cost nothing inside the sample loop. Only the block
+// renderer includes this.
+
+#include "tape/LfoWaveform.h"
+#include "tape/TapeDeck.h"
+
+#include <cmath>
+#include <cstdint>
+
+namespace oxa
+{
+
+// Noise reduction around the record head, by type: 0 none, 1 pre-emphasis,
+// 2 three-band, 3 sliding band.
+template <int Type>
+inline double encodeStage(TapeDeck& deck, double h) noexcept
+{
+    static_assert(Type >= 0 && Type <= 3, "four encoder types");
+    if constexpr (Type == 1)
+        return deck.preEmphasis.encode(h);
+    else if constexpr (Type == 2)
+        return deck.threeBand.encode(h);
+    else if constexpr (Type == 3)
+        return deck.slidingBand.encode(h);
+    else
+        return h;
+}
+
+template <int Type>
+inline double decodeStage(TapeDeck& deck, double h) noexcept
+{
+    static_assert(Type >= 0 && Type <= 3, "four decoder types");
+    if constexpr (Type == 1)
+        return deck.preEmphasis.decode(h);
+    else if constexpr (Type == 2)
+        return deck.threeBand.decode(h);
+    else if constexpr (Type == 3)
+        return deck.slidingBand.decode(h);
+    else
+        return h;
+}
+
+template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck>
+class DeckLoop
+{
+public:
+    // outputShare: the deck's weight in manual mode (ignored in LFO mode).
+    DeckLoop(TapeDeck& d, double outputShare) noexcept
+        : deck(d),
+          inRing(d.inputRing.data()),
+          outRing(d.outputRing.data()),
+          history(d.speedHistory.data()),
+          ringLength(d.ringLength),
+          historyLength(d.speedHistory.size()),
+          s(d.sampleCounter),
+          writeIndex(d.sampleCounter % d.ringLength),
+          inputGain(d.inputGain),
+          recordOn(d.recordHead.on != 0),
+          feedbackGain(d.feedback * d.feedbackCompensation),
+          driveGain(d.drive),
+          noiseGain(d.noiseGain),
+          share(LfoMode ? 0.5 : outputShare),
+          ramping(d.makeupRamp.isMoving()),
+          makeup(d.makeupRamp.value()),
+          lfoIncrement(static_cast<float>(d.lfoRate / d.sampleRate)),
+          lfoTime(d.lfoPhaseAccumulator),
+          lastLfoTime(d.lfoPhaseAccumulator),
+          waveform(d.LFOPhase, d.LFOShape, d.LFOSymmetry, d.LFOSwing),
+          normaliser(LfoMode ? LfoWaveform::normaliser(d.LFOShape) : 1.0f)
+    {
+        cacheHeadDelays();
+    }
+
+    // First half of a sample: tape write, ticks, head reads, saturation and
+    // encoder. Returns what goes into the record head. deviation receives the
+    // speed deviation for the monitor (second deck only).
+    inline double beforeHead(float input, float* deviation) noexcept
+    {
+        const auto offset = static_cast<std::uint32_t>(s & 31u);
+        inRing[writeIndex] = input * inputGain;
+        // Dropouts stand on the tape; their generator runs in any case.
+        const double dropout = deck.demagnetisation.gainAt(s);
+        if (recordOn)
+            inRing[writeIndex] *= dropout;
+
+        if constexpr (LfoMode)
+        {
+            // Only the second deck's speed hangs on the phase, and only at ticks.
+            if (SecondDeck && offset == 0)
+                deck.flangePhase = flangePhaseAt(lfoTime);
+            lastLfoTime = lfoTime;
+            lfoTime += lfoIncrement;
+        }
+
+        if (offset == 0)
+            tick();
+
+        if constexpr (SecondDeck)
+            *deviation = deck.transport.deviationAt(offset);
+
+        // The feedback head's read of the input tape has weight 0 and is left out.
+        const double forwardDelay = forwardSlope * offset + forwardBase - 1.0;
+        double r = TapeHead::readAt(inRing, ringLength, writeIndex, forwardDelay);
+        if (feedbackGain != 0.0)
+        {
+            const double feedbackDelay = feedbackSlope * offset + feedbackBase - 1.0;
+            r += feedbackGain * TapeHead::readAt(outRing, ringLength, writeIndex, feedbackDelay);
+        }
+
+        const double saturated = std::tanh(r * driveGain * 0.01) * 100.0;
+        if (ramping)
+            makeup = deck.makeupRamp.value();
+        deck.recordHead.noiseLevel = makeup * noiseGain;
+        return encodeStage<Encoder>(deck, saturated);
+    }
+
+    // Second half: decoder, playback response, makeup, tape out. Returns the
+    // deck's share of the output.
+    inline float afterHead(double fromHead) noexcept
+    {
+        double v = decodeStage<Decoder>(deck, fromHead);
+        v = deck.playbackFilters.process(v);
+        v /= makeup;
+        outRing[writeIndex] = v;
+
+        if (ramping)
+            deck.makeupRamp.advance(1);
+        ++s;
+        if (++writeIndex == ringLength)
+            writeIndex = 0;
+        return static_cast<float>(v * share);
+    }
+
+    RecordHead& recordHead() noexcept { return deck.recordHead; }
+
+    // Writes back what the loop kept in locals; samples is the count processed.
+    void finish(int samples) noexcept
+    {
+        deck.sampleCounter = s;
+        if constexpr (LfoMode)
+        {
+            if (samples > 0)
+                deck.flangePhase = flangePhaseAt(lastLfoTime);
+        }
+        deck.lfoPhaseAccumulator += static_cast<float>(samples) * lfoIncrement;
+        for (TapeHead& head : deck.heads)
+            head.startup = 0;
+    }
+
+private:
+    double flangePhaseAt(float t) const noexcept
+    {
+        return (waveform(t) * normaliser + 1.0f) * 0.5f;
+    }
+
+    void tick() noexcept
+    {
+        const std::uint64_t tickIndex = s >> 5;
+        const double speed = SecondDeck ? deck.flangeSpeed() : deck.speed;
+        deck.transport.tick(tickIndex, 0.0, speed, history, historyLength);
+        deck.heads[TapeDeck::feedbackHeadIndex].tick(tickIndex, history, historyLength);
+        deck.heads[TapeDeck::forwardHead].tick(tickIndex, history, historyLength);
+        cacheHeadDelays();
+    }
+
+    void cacheHeadDelays() noexcept
+    {
+        const TapeHead& forward = deck.heads[TapeDeck::forwardHead];
+        const TapeHead& back = deck.heads[TapeDeck::feedbackHeadIndex];
+        forwardSlope = forward.currentDelay - forward.previousDelay;
+        forwardBase = (forward.previousDelay + 1.0) * 32.0;
+        feedbackSlope = back.currentDelay - back.previousDelay;
+        feedbackBase = (back.previousDelay + 1.0) * 32.0;
+    }
+
+    TapeDeck& deck;
+    double* inRing;
+    double* outRing;
+    double* history;
+    std::uint64_t ringLength;
+    std::uint64_t historyLength;
+    std::uint64_t s;
+    std::uint64_t writeIndex;
+    double inputGain;
+    bool recordOn;
+    double feedbackGain;
+    double driveGain;
+    double noiseGain;
+    double share;
+    bool ramping;
+    double makeup;
+    float lfoIncrement;
+    float lfoTime;
+    float lastLfoTime;
+    LfoWaveform waveform;
+    float normaliser;
+    double forwardSlope = 0.0, forwardBase = 0.0, feedbackSlope = 0.0, feedbackBase = 0.0;
+};
+
+} // namespace oxa

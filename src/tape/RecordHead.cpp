@@ -1,0 +1,179 @@
+#include "tape/RecordHead.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace oxa
+{
+namespace
+{
+// Above this argument tanhf rounds to exactly 1.
+constexpr float tanhfSaturation = 10.0f;
+constexpr int maxPasses = 10;
+constexpr double tolerance = 1e-6;
+
+inline double antiderivative(double m, double a) noexcept
+{
+    return (0.0224778046 * m * m + a * 0.5 - 0.427861251) * m * m;
+}
+
+inline double anhysteretic(double m, double a) noexcept
+{
+    return (a - 0.855722502 + 0.0899112184 * m * m) * m;
+}
+} // namespace
+
+void RecordHead::prepare(double newSampleRate)
+{
+    sampleRate = newSampleRate;
+    const auto first = static_cast<std::uint32_t>(std::rand());
+    const auto second = static_cast<std::uint32_t>(std::rand());
+    random.seed(first, second);
+    for (float& row : noiseRows)
+        row = 0.0f;
+    noiseSum = 0.0f;
+    gateEnvelope = 0.0;
+    noiseCounter = 1;
+    const double span = 2.0 * gateTime * sampleRate;
+    gateCoefficient = (span - 1.0) / (span + 1.0);
+    magnetisation = 0.0;
+    step = 0.0;
+}
+
+void RecordHead::reset() noexcept
+{
+    magnetisation = 0.0;
+    step = 0.0;
+    gateEnvelope = 0.0;
+}
+
+void RecordHead::setOn(bool enabled) noexcept
+{
+    on = enabled ? 1 : 0;
+    reset();
+}
+
+void RecordHead::setGateOn(bool enabled) noexcept
+{
+    gateOn = enabled ? 1 : 0;
+    reset();
+}
+
+double RecordHead::makeupGain(double drive, double hardness, double resistance) noexcept
+{
+    const double exponent = 1.0 - (1.0 - hardness * 0.2) * (resistance - 100.0) * 5.005005005005005e-6;
+    return std::pow(std::tanh(drive * 0.01) * 100.0, exponent);
+}
+
+float RecordHead::nextNoise() noexcept
+{
+    // Pink noise: row j changes every 2^j samples.
+    const std::uint32_t lowest = noiseCounter == 0 ? 4u : static_cast<std::uint32_t>(__builtin_ctz(noiseCounter));
+    const std::uint32_t j = lowest < 4u ? lowest : 4u;
+    const float old = noiseRows[j];
+    float total = noiseSum;
+    bool accepted = false;
+    // The sum stays bounded; the draw count is capped so a broken state can never hang.
+    for (int attempt = 0; attempt < 64 && !accepted; ++attempt)
+    {
+        const float u = random.next();
+        noiseRows[j] = u;
+        total = noiseSum + (u - old);
+        accepted = total >= -8.0f && total <= 8.0f;
+    }
+    if (accepted)
+        noiseSum = total;
+    else
+    {
+        noiseRows[j] = old;
+        total = noiseSum;
+    }
+    const float w = random.next();
+    ++noiseCounter;
+    return (w + total) * 0.25f;
+}
+
+double RecordHead::withNoise(double h) noexcept
+{
+    float noise = nextNoise();
+    if (gateOn)
+    {
+        gateEnvelope = static_cast<float>(std::fabs(h) * (1.0 - gateCoefficient) + gateCoefficient * gateEnvelope);
+        const float opening = static_cast<float>(gateEnvelope) * 100.0f;
+        if (opening < tanhfSaturation)
+            noise *= std::tanh(opening);
+    }
+    input = noise * noiseLevel + h;
+    return input;
+}
+
+inline double RecordHead::newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
+                                     double& correction) const noexcept
+{
+    // Solves  H = mean of G over the step + (fs / k) * step.
+    const double s = m0 + x;
+    const double inverseStep = 1.0 / (x + 1e-16);
+    const double mean = (antiderivative(s, a) - f0) * inverseStep;
+    correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
+    return x - correction;
+}
+
+inline double RecordHead::commit(double x, double m0, double fsOverK) noexcept
+{
+    if (!std::isfinite(x))
+        x = 0.0; // never let one bad sample poison the integrator
+    step = x;
+    const double m = m0 + x;
+    magnetisation = m;
+    const double m2 = m * m;
+    const double d = (0.05 * m2 + 0.5) * m2 + 1.0;
+    return x * fsOverK / (d * d);
+}
+
+double RecordHead::process(double h) noexcept
+{
+    if (!on)
+        return h;
+    const double drivenH = withNoise(h);
+    const double m0 = magnetisation;
+    const double f0 = antiderivative(m0, a);
+    const double fsOverK = sampleRate / k;
+    double x = step;
+    double correction = 1.0;
+    for (int pass = 0; pass < maxPasses && std::fabs(correction) > tolerance; ++pass)
+        x = newtonPass(drivenH, m0, f0, fsOverK, x, correction);
+    return commit(x, m0, fsOverK);
+}
+
+void RecordHead::processPair(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept
+{
+    if (!first.on || !second.on)
+    {
+        hFirst = first.process(hFirst);
+        hSecond = second.process(hSecond);
+        return;
+    }
+    const double drivenFirst = first.withNoise(hFirst);
+    const double drivenSecond = second.withNoise(hSecond);
+    const double m0First = first.magnetisation, m0Second = second.magnetisation;
+    const double f0First = antiderivative(m0First, first.a), f0Second = antiderivative(m0Second, second.a);
+    const double fsOverKFirst = first.sampleRate / first.k, fsOverKSecond = second.sampleRate / second.k;
+    double xFirst = first.step, xSecond = second.step;
+    bool runFirst = true, runSecond = true;
+    for (int pass = 0; pass < maxPasses && (runFirst || runSecond); ++pass)
+    {
+        // A head that has converged computes on but keeps its result.
+        double correctionFirst, correctionSecond;
+        const double nextFirst = first.newtonPass(drivenFirst, m0First, f0First, fsOverKFirst, xFirst, correctionFirst);
+        const double nextSecond =
+            second.newtonPass(drivenSecond, m0Second, f0Second, fsOverKSecond, xSecond, correctionSecond);
+        xFirst = runFirst ? nextFirst : xFirst;
+        xSecond = runSecond ? nextSecond : xSecond;
+        runFirst = runFirst && std::fabs(correctionFirst) > tolerance;
+        runSecond = runSecond && std::fabs(correctionSecond) > tolerance;
+    }
+    hFirst = first.commit(xFirst, m0First, fsOverKFirst);
+    hSecond = second.commit(xSecond, m0Second, fsOverKSecond);
+}
+
+} // namespace oxa

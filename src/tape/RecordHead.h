@@ -1,0 +1,67 @@
+#pragma once
+
+#include "tape/RandomPair.h"
+
+#include <cstdint>
+
+namespace oxa
+{
+
+// The magnetic record head: a first-order nonlinear magnetisation law solved
+// implicitly per sample (with an antiderivative step that keeps the cubic's
+// aliasing low), fed with gated pink noise.
+struct RecordHead
+{
+    double sampleRate = 0.0;
+    double input = 0.0;         // H of the last sample, noise included
+    double magnetisation = 0.0; // M
+    double step = 0.0;          // last increment of M; Newton's starting point
+    double a = 1.0;             // hardness: 5 - 4 * hardness control
+    double k = 100.0;           // resistance: 100 * 10^(3 * resistance control)
+    RandomPair random;
+    float noiseRows[5] = {};
+    float noiseSum = 0.0f;
+    std::uint32_t noiseCounter = 1;
+    double noiseLevel = 0.0001;
+    std::uint8_t on = 1;
+    std::uint8_t gateOn = 1;
+    double gateTime = 0.001;
+    double gateCoefficient = 0.0;
+    double gateEnvelope = 0.0;
+
+    // Seeds the noise from rand(); not for the audio thread.
+    void prepare(double newSampleRate);
+    // Integrator and gate follower back to rest.
+    void reset() noexcept;
+
+    // Switching either flag starts the model from rest.
+    void setOn(bool enabled) noexcept;
+    void setGateOn(bool enabled) noexcept;
+
+    double process(double h) noexcept;
+
+    // Two heads (the decks of a channel) side by side: the same arithmetic as
+    // process() on each, with the two Newton solves run in one loop so that
+    // the processor overlaps them. hFirst and hSecond are replaced by the outputs.
+    static void processPair(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept;
+
+    // The small-signal slope of the anhysteretic law at the origin.
+    static double smallSignalSlope(double hardness) noexcept { return hardness - 0.855722502; }
+
+    // Gain the deck divides out after the head, for a drive (linear) and the
+    // head's coefficients.
+    static double makeupGain(double drive, double hardness, double resistance) noexcept;
+
+    float nextNoise() noexcept;
+
+private:
+    // H plus gated noise; stored in input.
+    double withNoise(double h) noexcept;
+    // One Newton pass from x towards H; returns the new x, sets correction.
+    double newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
+                      double& correction) const noexcept;
+    // Commits the step and applies the saturation law.
+    double commit(double x, double m0, double fsOverK) noexcept;
+};
+
+} // namespace oxa

@@ -1,0 +1,156 @@
+#include "tape/SlidingBandCompander.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace oxa
+{
+
+namespace
+{
+    constexpr double capacitance = 1e-9;
+    constexpr double curveResistance = 5000000.0;
+    constexpr double levelResistance = 2061296.98;
+    constexpr double fixedCorner = 7511.78831;
+    constexpr double fixedLift = 21.989016;
+    constexpr double slidingLift = 5.92380188;
+    constexpr double maxCorner = 70000.0;
+    constexpr double step = 1e-6;
+    constexpr int iterations = 2;
+
+    // The corner of the sliding shelf from the sidechain level.
+    double slidingCorner (double e) noexcept
+    {
+        const double r = (((89683.3046 * e - 310543.2) * e + 309734.797) * e - 22716.5427) * e + 1956.73632;
+        return std::min (r, maxCorner);
+    }
+
+    // Newton on u = g(u) with a forward-difference slope; the last value stands if the
+    // few steps allowed do not converge. sidechainPair evaluates g at u and u + step.
+    template <class SidechainPair>
+    double solve (double start, SidechainPair sidechainPair) noexcept
+    {
+        double u = start;
+        for (int n = 0; n < iterations; ++n)
+        {
+            double at, beside;
+            sidechainPair (u, u + step, at, beside);
+            const double error = u - at;
+            const double correction = error / ((u + step - beside - error) * 1e6 + 1e-16);
+            u -= correction;
+            if (std::abs (correction) <= step)
+                break;
+        }
+        return u;
+    }
+} // namespace
+
+void SlidingBandSidechain::prepare (double fs) noexcept
+{
+    sampleRate = fs;
+    curve.setCurve (-10.0, 0.3);
+    curve.setEnvelope (curveResistance, capacitance, fs);
+    level.setEnvelope (levelResistance, capacitance, fs);
+    fixedStage.design (fixedCorner, fixedLift, fs);
+    clear();
+}
+
+void SlidingBandSidechain::clear() noexcept
+{
+    curve.clear();
+    level.clear();
+    u1 = t1 = i1 = o1 = fixedHistory = 0.0;
+    candidateU = candidateT = candidateI = candidateO = 0.0;
+}
+
+double SlidingBandSidechain::slidingStage (double levelOfT, double i) const noexcept
+{
+    const double a = slidingCorner (levelOfT);
+    ShelfCoefficients sliding;
+    sliding.design (a, slidingLift, sampleRate);
+    return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
+}
+
+double SlidingBandSidechain::evaluate (double u, double i) noexcept
+{
+    const double t = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    const double o = slidingStage (level.follow (t), i); // follow keeps the charge step for commit()
+
+    candidateU = u;
+    candidateT = t;
+    candidateI = i;
+    candidateO = o;
+    return o;
+}
+
+void SlidingBandSidechain::evaluatePair (double u, double v, double iu, double iv, double& ou,
+                                         double& ov) const noexcept
+{
+    const double tu = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    const double tv = (fixedStage.c0 * v + fixedHistory) / fixedStage.d0;
+    ou = slidingStage (level.levelFor (tu), iu);
+    ov = slidingStage (level.levelFor (tv), iv);
+}
+
+void SlidingBandSidechain::commit() noexcept
+{
+    i1 = candidateI;
+    o1 = candidateO;
+    u1 = candidateU;
+    t1 = candidateT;
+    fixedHistory = fixedStage.c1 * u1 - fixedStage.d1 * t1;
+    curve.commit();
+    level.commit();
+}
+
+void SlidingBandCompander::prepare (double sampleRate) noexcept
+{
+    if (! (std::isfinite (sampleRate) && sampleRate > 0.0))
+        return;
+    encoder.prepare (sampleRate);
+    decoder.prepare (sampleRate);
+    reset();
+}
+
+void SlidingBandCompander::reset() noexcept
+{
+    encoder.clear();
+    decoder.clear();
+    encoder.solution = decoder.solution = 0.0;
+}
+
+double SlidingBandCompander::encode (double x) noexcept
+{
+    if (! std::isfinite (x))
+        return x;
+
+    SlidingBandSidechain& side = encoder;
+    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb)
+                            { side.evaluatePair (a, b, x, x, ga, gb); });
+    side.solution = u;
+    side.evaluate (u, x);
+    const double y = x + side.getCurve().apply (u);
+    side.commit();
+    return y;
+}
+
+double SlidingBandCompander::decode (double v) noexcept
+{
+    if (! std::isfinite (v))
+        return v;
+
+    SlidingBandSidechain& side = decoder;
+    EnvelopeCurve& curve = side.getCurve();
+    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
+        double curvedA, curvedB;
+        curve.applyPair (a, b, curvedA, curvedB);
+        side.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
+    });
+    side.solution = u;
+    const double y = v - curve.apply (u);
+    side.evaluate (u, y);
+    side.commit();
+    return y;
+}
+
+} // namespace oxa

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "tape/EnvelopeCurve.h"
+#include "tape/PreEmphasis.h"
+
+namespace oxa
+{
+
+// One side of the sliding-band compander. Its sidechain is a shelf whose corner follows
+// the level of the sidechain's own output, so each sample solves u = shelf(i; u).
+// evaluate() tries a candidate without moving state; commit() keeps the last one.
+class SlidingBandSidechain
+{
+public:
+    void prepare (double sampleRate) noexcept;
+    void clear() noexcept;
+
+    // Sidechain output for candidate u with stage input i.
+    double evaluate (double u, double i) noexcept;
+    void commit() noexcept;
+
+    // evaluate() for two candidates at once, leaving no trace.
+    void evaluatePair (double u, double v, double iu, double iv, double& ou, double& ov) const noexcept;
+
+    // The curve that turns the sidechain into what is added to the signal.
+    EnvelopeCurve& getCurve() noexcept { return curve; }
+
+    double solution = 0.0; // the last accepted u, where the next solve starts
+
+private:
+    double slidingStage (double levelOfT, double i) const noexcept;
+
+    double sampleRate = 48000.0;
+    EnvelopeCurve curve;
+    EnvelopeCurve level; // follower only: steers the sliding corner
+    ShelfCoefficients fixedStage;
+    double u1 = 0.0, t1 = 0.0; // fixed stage history
+    double fixedHistory = 0.0;  // c1 u1 - d1 t1, fixed within a sample
+    double i1 = 0.0, o1 = 0.0; // sliding stage history
+    double candidateU = 0.0, candidateT = 0.0, candidateI = 0.0, candidateO = 0.0;
+};
+
+// "Type B": a single band whose shelf slides with level. The encoder adds the curved
+// sidechain to the signal; the decoder subtracts it, with the sidechain fed by its own
+// output, solved by Newton iteration.
+class SlidingBandCompander
+{
+public:
+    void prepare (double sampleRate) noexcept;
+    void reset() noexcept;
+
+    // Selecting this type clears that side's histories.
+    void clearEncoder() noexcept { encoder.clear(); }
+    void clearDecoder() noexcept { decoder.clear(); }
+
+    double encode (double x) noexcept;
+    double decode (double v) noexcept;
+
+private:
+    SlidingBandSidechain encoder;
+    SlidingBandSidechain decoder;
+};
+
+} // namespace oxa

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "tape/TapeDeck.h"
+
+#include <cstdint>
+
+namespace oxa
+{
+
+// One audio channel: two decks whose outputs comb against each other. The
+// first runs at nominal speed, the second at the speed the flange asks for.
+struct TapeChannel
+{
+    static constexpr std::int32_t manualMode = 0;
+    static constexpr std::int32_t lfoMode = 1;
+
+    TapeDeck decks[2];
+    bool phaseInvert = false;
+    std::int32_t flangeMode = lfoMode;
+
+    void prepare(double sampleRate);
+    void reset() noexcept;
+
+    TapeDeck& first() noexcept { return decks[0]; }
+    TapeDeck& second() noexcept { return decks[1]; }
+};
+
+} // namespace oxa

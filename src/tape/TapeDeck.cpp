@@ -1,0 +1,180 @@
+#include "tape/TapeDeck.h"
+
+#include <algorithm>
+
+namespace oxa
+{
+namespace
+{
+void blank(std::vector<double>& ring, std::uint64_t length)
+{
+    ring.assign(static_cast<std::size_t>(length), 0.0);
+    ring.shrink_to_fit();
+}
+} // namespace
+
+void TapeDeck::prepare(double newSampleRate)
+{
+    recordHead.prepare(newSampleRate);
+    for (TapeHead& head : heads)
+        head.prepare(newSampleRate * 0.03125);
+    playbackFilters.prepare(newSampleRate);
+    preEmphasis.prepare(newSampleRate);
+    slidingBand.prepare(newSampleRate);
+    threeBand.prepare(newSampleRate);
+    transport.prepare(newSampleRate);
+    demagnetisation.prepare(newSampleRate);
+    sampleRate = newSampleRate;
+    updateCompensation();
+    makeupRamp.set(static_cast<float>(makeupTarget));
+
+    // Two seconds of tape.
+    ringLength = static_cast<std::uint64_t>(2.0 * newSampleRate);
+    blank(inputRing, ringLength);
+    blank(outputRing, ringLength);
+    blank(spareRing, ringLength);
+    blank(speedHistory, ringLength / 32);
+    reset();
+}
+
+void TapeDeck::reset() noexcept
+{
+    recordHead.reset();
+    playbackFilters.reset();
+    preEmphasis.reset();
+    slidingBand.reset();
+    threeBand.reset();
+    for (TapeHead& head : heads)
+        head.reset();
+    std::fill(inputRing.begin(), inputRing.end(), 0.0);
+    std::fill(outputRing.begin(), outputRing.end(), 0.0);
+    std::fill(spareRing.begin(), spareRing.end(), 0.0);
+    std::fill(speedHistory.begin(), speedHistory.end(), 0.0);
+    sampleCounter = 0;
+    transport.restoreSeeds();
+    demagnetisation.reset();
+}
+
+void TapeDeck::setRecordHardness(double a) noexcept
+{
+    recordHead.a = a;
+    recalculateMakeup();
+}
+
+void TapeDeck::setRecordResistance(double k) noexcept
+{
+    recordHead.k = k;
+    recalculateMakeup();
+}
+
+void TapeDeck::setDrive(double linearDrive) noexcept
+{
+    drive = linearDrive;
+    recalculateMakeup();
+}
+
+void TapeDeck::recalculateMakeup() noexcept
+{
+    makeupTarget = RecordHead::makeupGain(drive, recordHead.a, recordHead.k);
+    if (sampleRate > 0.0)
+        makeupRamp.rampTo(static_cast<float>(makeupTarget), static_cast<std::int32_t>(sampleRate * 0.1));
+    else
+        makeupRamp.set(static_cast<float>(makeupTarget));
+}
+
+void TapeDeck::setTapeSpeed(double newSpeed) noexcept
+{
+    speed = newSpeed;
+    for (TapeHead& head : heads)
+        head.setSpeed(newSpeed);
+    playbackFilters.setSpeed(newSpeed);
+    if (compensationOn)
+        feedbackCompensation = playbackFilters.feedbackCompensation();
+}
+
+void TapeDeck::updateCompensation() noexcept
+{
+    feedbackCompensation = compensationOn && playbackFilters.isOn() ? playbackFilters.feedbackCompensation() : 1.0f;
+}
+
+void TapeDeck::setSpacing(double spacing) noexcept
+{
+    playbackFilters.setSpacing(spacing);
+    if (compensationOn)
+        feedbackCompensation = playbackFilters.feedbackCompensation();
+}
+
+void TapeDeck::setThickness(double thickness) noexcept
+{
+    playbackFilters.setThickness(thickness);
+    if (compensationOn)
+        feedbackCompensation = playbackFilters.feedbackCompensation();
+}
+
+void TapeDeck::setAzimuth(double azimuth) noexcept
+{
+    playbackFilters.setAzimuth(azimuth);
+    if (compensationOn)
+        feedbackCompensation = playbackFilters.feedbackCompensation();
+}
+
+void TapeDeck::setTrackWidthRatio(double ratio) noexcept
+{
+    playbackFilters.setTrackWidthRatio(ratio);
+    if (compensationOn)
+        feedbackCompensation = playbackFilters.feedbackCompensation();
+}
+
+void TapeDeck::setPlaybackFilterOn(bool on) noexcept
+{
+    playbackFilters.setOn(on);
+    updateCompensation();
+}
+
+void TapeDeck::setCompensationOn(bool on) noexcept
+{
+    compensationOn = on ? 1 : 0;
+    updateCompensation();
+}
+
+void TapeDeck::setEncoderType(std::int32_t type) noexcept
+{
+    encoderType = std::clamp(type, 0, 3);
+    if (encoderType == 1)
+        preEmphasis.clearEncoder();
+    else if (encoderType == 2)
+        threeBand.clearEncoder();
+    else if (encoderType == 3)
+        slidingBand.clearEncoder();
+}
+
+void TapeDeck::setDecoderType(std::int32_t type) noexcept
+{
+    decoderType = std::clamp(type, 0, 3);
+    if (decoderType == 1)
+        preEmphasis.clearDecoder();
+    else if (decoderType == 2)
+        threeBand.clearDecoder();
+    else if (decoderType == 3)
+        slidingBand.clearDecoder();
+}
+
+double TapeDeck::flangeTargetDelay() const noexcept
+{
+    const double nominal = heads[forwardHead].delay;
+    const double low = nominal - flangeDepth;
+    const double high = nominal + flangeDepth;
+    double target = (high - low) * flangePhase + low;
+    if (target < low)
+        target = low;
+    if (target > high)
+        target = high;
+    return target;
+}
+
+double TapeDeck::flangeSpeed() const noexcept
+{
+    return heads[forwardHead].tapeLength / flangeTargetDelay();
+}
+
+} // namespace oxa

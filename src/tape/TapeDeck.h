@@ -1,0 +1,122 @@
+#pragma once
+
+#include "tape/Demagnetisation.h"
+#include "tape/LinearRamp.h"
+#include "tape/PlaybackFilterChain.h"
+#include "tape/PreEmphasis.h"
+#include "tape/RecordHead.h"
+#include "tape/SlidingBandCompander.h"
+#include "tape/TapeHead.h"
+#include "tape/ThreeBandCompander.h"
+#include "tape/TransportGenerator.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace oxa
+{
+
+// One whole tape machine: record through the magnetic head onto a moving tape
+// and read it back through two heads (forward and feedback).
+//
+// Fields are written directly by the parameter setters where a write has no
+// side effect; the methods below cover the writes that do.
+struct TapeDeck
+{
+    static constexpr int forwardHead = 0;
+    static constexpr int feedbackHeadIndex = 1;
+
+    RecordHead recordHead;
+    PlaybackFilterChain playbackFilters;
+    TapeHead heads[2];
+    double headWeights[2] = {1.0, 0.0};
+    std::vector<double> inputRing;  // the tape before the heads
+    std::vector<double> outputRing; // what the deck put out, read by the feedback head
+    std::vector<double> spareRing;  // allocated like the others, never read
+    std::uint64_t sampleCounter = 0;
+    double feedback = 0.0;
+    std::int32_t feedbackHead = feedbackHeadIndex;
+    double inputGain = 1.0;
+    // Noise reduction around the record head, by type: 1, 3 and 2 (which
+    // keeps the implicit decoder's last solution).
+    PreEmphasis preEmphasis;
+    SlidingBandCompander slidingBand;
+    ThreeBandCompander threeBand;
+    std::int32_t encoderType = 0;
+    std::int32_t decoderType = 0;
+    std::uint64_t ringLength = 0;
+    std::vector<double> speedHistory; // one tape speed per 32-sample tick
+    double speed = 1.0;               // nominal tape speed
+    double flangeDepth = 0.005;       // seconds; read on the second deck only
+    double flangePhase = 0.0;         // 0..1
+    double fade = 0.01;
+    TransportGenerator transport;     // wow, flutter, drift and their random state
+    double sampleRate = 0.0;
+    double drive = 1.0;               // linear
+    Demagnetisation demagnetisation; // dropouts, with their depth and rate
+    float lfoRate = 0.1f;
+    float lfoPhaseAccumulator = 0.0f;
+    float LFOPhase = 0.0f;
+    float LFOShape = 0.0f;
+    float LFOSymmetry = 0.0f;
+    float LFOSwing = 0.0f;
+    LinearRamp makeupRamp;
+    double makeupTarget = 1.0;
+    std::uint8_t compensationOn = 1;
+    float feedbackCompensation = 1.0f;
+    double noiseGain = 0.0001; // linear hiss level
+
+    TapeDeck() noexcept { heads[feedbackHeadIndex].setDelay(0.016); }
+
+    // Allocates the two-second tape; not for the audio thread.
+    void prepare(double newSampleRate);
+    // Blank tape, heads at their start, shared random seeds.
+    void reset() noexcept;
+
+    // ---- setter support: writes with side effects ----
+    // Hardness a, resistance k and drive all move the makeup gain.
+    void setRecordHardness(double a) noexcept;
+    void setRecordResistance(double k) noexcept;
+    void setDrive(double linearDrive) noexcept;
+    void recalculateMakeup() noexcept;
+    // Either flag restarts the magnetic model from rest.
+    void setRecordHeadOn(bool on) noexcept { recordHead.setOn(on); }
+    void setNoiseGateOn(bool on) noexcept { recordHead.setGateOn(on); }
+    // Nominal tape speed for the deck, both heads (delays stay, lengths ramp)
+    // and the playback response.
+    void setTapeSpeed(double newSpeed) noexcept;
+    // Playback head design values. Each redesigns its filter and, when
+    // compensation is on, the feedback compensation (even with the chain off).
+    void setSpacing(double spacing) noexcept;
+    void setThickness(double thickness) noexcept;
+    void setAzimuth(double azimuth) noexcept;
+    void setTrackWidthRatio(double ratio) noexcept;
+    // Switching the chain clears its histories; compensation follows.
+    void setPlaybackFilterOn(bool on) noexcept;
+    void setCompensationOn(bool on) noexcept;
+    // Noise reduction type 0..3 of one side; clears that type's state of that side.
+    void setEncoderType(std::int32_t type) noexcept;
+    void setDecoderType(std::int32_t type) noexcept;
+    // Dropouts: a rate change restarts the section pattern at the current sample.
+    void setDegradeDepth(double depth) noexcept { demagnetisation.setDepth(depth); }
+    void setDegradeRate(double rate) noexcept { demagnetisation.setRate(rate, sampleCounter); }
+    void restartDegradeSection() noexcept { setDegradeRate(demagnetisation.getRate()); }
+    // Forward head: the effect's latency. Feedback head: the feedback delay.
+    void setForwardDelay(double seconds) noexcept { heads[forwardHead].setDelay(seconds); }
+    void setFeedbackDelay(double seconds) noexcept { heads[feedbackHeadIndex].setDelay(seconds); }
+    // Channel unsync: own seeds from rand(), or back to the shared ones.
+    void reseedTransport(std::uint32_t r1, std::uint32_t r2) noexcept { transport.reseed(r1, r2); }
+    void restoreTransportSeeds() noexcept { transport.restoreSeeds(); }
+
+    // Tape speed of the second deck for the current flange position: the
+    // forward head then sees its tape length after exactly the target delay.
+    double flangeSpeed() const noexcept;
+    // Delay of the second deck's forward head for the current flange position.
+    double flangeTargetDelay() const noexcept;
+
+private:
+    // Compensation for the current design when it and the chain are on, else 1.
+    void updateCompensation() noexcept;
+};
+
+} // namespace oxa

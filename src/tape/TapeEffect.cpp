@@ -1,0 +1,249 @@
+#include "tape/TapeEffect.h"
+
+#include "tape/Decibels.h"
+#include "tape/DeckLoop.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace oxa
+{
+namespace
+{
+// Non-finite and denormal samples become silence where they enter the effect,
+// so one bad burst cannot poison the tape's recursions.
+void sanitise(float* x, std::uint32_t n) noexcept
+{
+    for (std::uint32_t k = 0; k < n; ++k)
+    {
+        const float magnitude = std::fabs(x[k]);
+        const bool bad = !(magnitude <= 3.40282347e+38f) || (magnitude < 1.17549435e-38f && magnitude != 0.0f);
+        if (bad)
+            x[k] = 0.0f;
+    }
+}
+
+// Both decks of a channel in one loop: their recursions are independent, so
+// the processor can overlap them.
+template <bool LfoMode, int Encoder, int Decoder>
+void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviation) noexcept
+{
+    TapeDeck& first = channel.decks[0];
+    TapeDeck& second = channel.decks[1];
+    double firstShare = 0.5;
+    double secondShare = 0.5;
+    if constexpr (!LfoMode)
+    {
+        firstShare = 1.0 - manualCrossfade(first.flangePhase, first.fade);
+        secondShare = manualCrossfade(second.flangePhase, second.fade);
+    }
+    DeckLoop<LfoMode, Encoder, Decoder, false> a(first, firstShare);
+    DeckLoop<LfoMode, Encoder, Decoder, true> b(second, secondShare);
+    const float sign = channel.phaseInvert ? -1.0f : 1.0f;
+    for (std::uint32_t k = 0; k < n; ++k)
+    {
+        const float input = x[k];
+        double fromFirst = a.beforeHead(input, nullptr);
+        double fromSecond = b.beforeHead(input, deviation + k);
+        RecordHead::processPair(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
+        const float outFirst = a.afterHead(fromFirst);
+        const float outSecond = b.afterHead(fromSecond);
+        x[k] = outFirst + sign * outSecond; // sign flip is exact
+    }
+    a.finish(static_cast<int>(n));
+    b.finish(static_cast<int>(n));
+}
+
+using ChannelRunner = void (*)(TapeChannel&, float*, std::uint32_t, float*) noexcept;
+
+template <bool LfoMode, int Encoder>
+ChannelRunner pickDecoder(int decoder) noexcept
+{
+    switch (decoder)
+    {
+        case 1: return &runChannel<LfoMode, Encoder, 1>;
+        case 2: return &runChannel<LfoMode, Encoder, 2>;
+        case 3: return &runChannel<LfoMode, Encoder, 3>;
+        default: return &runChannel<LfoMode, Encoder, 0>;
+    }
+}
+
+template <bool LfoMode>
+ChannelRunner pickEncoder(int encoder, int decoder) noexcept
+{
+    switch (encoder)
+    {
+        case 1: return pickDecoder<LfoMode, 1>(decoder);
+        case 2: return pickDecoder<LfoMode, 2>(decoder);
+        case 3: return pickDecoder<LfoMode, 3>(decoder);
+        default: return pickDecoder<LfoMode, 0>(decoder);
+    }
+}
+
+// One of 32 loops, chosen once per block from the first channel's settings
+// (the setters keep all channels alike).
+ChannelRunner pickLoop(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder) noexcept
+{
+    return flangeMode == TapeChannel::manualMode ? pickEncoder<false>(encoder, decoder)
+                                                  : pickEncoder<true>(encoder, decoder);
+}
+} // namespace
+
+TapeEffectState::TapeEffectState() : outputPad(dbToLinear(-1.0f)) {}
+
+void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, std::uint32_t channelCount)
+{
+    sampleRate = newSampleRate;
+    maxBlock = std::max<std::uint32_t>(maxBlockSize, 1);
+    // New channels take the settings the setters left on the first one.
+    if (channels.empty())
+        channels.resize(channelCount);
+    else
+        channels.resize(channelCount, channels.front());
+    dryDelays.resize(channelCount);
+    for (TapeChannel& channel : channels)
+        channel.prepare(newSampleRate);
+    for (DelayLine& line : dryDelays)
+    {
+        line.configure(maxBlock, static_cast<std::uint32_t>(newSampleRate * 0.06));
+        line.interpolation = DelayLine::linear;
+    }
+}
+
+void TapeEffectState::reset() noexcept
+{
+    for (TapeChannel& channel : channels)
+        channel.reset();
+    for (DelayLine& line : dryDelays)
+        line.clear();
+}
+
+float TapeEffectState::render(float* const* channelData, std::uint32_t channelCount, std::uint32_t n,
+                              const TapeHostInfo& host, bool syncToHost, float& hostTempo, float* speedScratch,
+                              float* dryScratch) noexcept
+{
+    const auto tempo = static_cast<float>(host.tempo);
+    if (syncToHost && tempo != hostTempo && tempo > 0.0f && std::isfinite(tempo))
+    {
+        hostTempo = tempo;
+        const float rate = tempo * 0.016666668f / lfoFreq;
+        forEachDeck([rate](TapeDeck& deck) { deck.lfoRate = rate; });
+    }
+    if (host.playing && std::isfinite(host.positionBeats))
+    {
+        // Keep the LFO on the host's beat grid.
+        const float cycle = syncToHost ? lfoFreq : (hostTempo / lfoFreq) * 0.016666668f;
+        const auto phase = static_cast<float>(std::fmod(host.positionBeats / cycle, 1.0));
+        if (std::isfinite(phase))
+            forEachDeck([phase](TapeDeck& deck) { deck.lfoPhaseAccumulator = phase; });
+    }
+
+    const std::uint32_t active = std::min<std::uint32_t>(channelCount, static_cast<std::uint32_t>(channels.size()));
+    if (active == 0 || n == 0 || maxBlock == 0)
+        return channels.empty() ? 0.0f : static_cast<float>(channels[0].decks[1].flangePhase * 2.0 - 1.0);
+
+    const auto dryDelay = static_cast<double>(latency * static_cast<float>(sampleRate));
+    const ChannelRunner run = pickLoop(channels[0].flangeMode, channels[0].decks[0].encoderType,
+                                       channels[0].decks[0].decoderType);
+    const float wetGain = mix * outputGain * outputPad;
+    const float dryGain = 1.0f - mix;
+
+    for (std::uint32_t done = 0; done < n;)
+    {
+        const std::uint32_t count = std::min(n - done, maxBlock);
+        float* const dry = dryScratch + done;
+        for (std::uint32_t c = 0; c < active; ++c)
+        {
+            float* const x = channelData[c] + done;
+            sanitise(x, count);
+            DelayLine& line = dryDelays[c];
+            line.write(x, count);
+            line.read(dry, dryDelay, dryDelay, count);
+            line.advance(count);
+
+            run(channels[c], x, count, speedScratch + done);
+
+            if (mix == 0.0f)
+            {
+                std::copy_n(dry, count, x);
+                continue;
+            }
+            for (std::uint32_t k = 0; k < count; ++k)
+                x[k] *= wetGain;
+            if (dryGain != 0.0f)
+                for (std::uint32_t k = 0; k < count; ++k)
+                    x[k] += dry[k] * dryGain;
+        }
+        done += count;
+    }
+    return static_cast<float>(channels[0].decks[1].flangePhase * 2.0 - 1.0);
+}
+
+void TapeEffectState::setFlangeDepth(double seconds) noexcept
+{
+    const double depth = lowLatency ? std::min(seconds, lowLatencyMaxFlangeDepth) : seconds;
+    for (TapeChannel& channel : channels)
+        channel.decks[1].flangeDepth = depth;
+}
+
+void TapeEffectState::setLowLatency(bool on, double requestedFlangeDepth) noexcept
+{
+    lowLatency = on;
+    latency = on ? lowLatencyValue : normalLatency;
+    if (on)
+        setFlangeDepth(requestedFlangeDepth);
+    const double forwardDelay = latency;
+    forEachDeck([forwardDelay](TapeDeck& deck) { deck.setForwardDelay(forwardDelay); });
+}
+
+void TapeEffectState::setNoiseSync(bool unsync) noexcept
+{
+    noiseSync = unsync;
+    forEachDeck([unsync](TapeDeck& deck) {
+        if (unsync)
+        {
+            const auto r1 = static_cast<std::uint32_t>(std::rand());
+            const auto r2 = static_cast<std::uint32_t>(std::rand());
+            deck.reseedTransport(r1, r2);
+        }
+        else
+        {
+            deck.restoreTransportSeeds();
+            deck.restartDegradeSection();
+        }
+    });
+}
+
+void TapeEffectState::setLfoFrequency(float value, bool syncToHost, float hostTempo) noexcept
+{
+    lfoFreq = value;
+    const float rate = syncToHost ? hostTempo * 0.016666668f / value : value;
+    forEachDeck([rate](TapeDeck& deck) { deck.lfoRate = rate; });
+}
+
+void TapeEffectState::setFlangeMode(std::int32_t mode) noexcept
+{
+    for (TapeChannel& channel : channels)
+        channel.flangeMode = mode;
+    if (mode == TapeChannel::manualMode)
+        forEachDeck([](TapeDeck& deck) { deck.flangePhase = 0.0; });
+}
+
+void TapeEffectState::setRelativeDelay(double value) noexcept
+{
+    const double phase = (value + 1.0) * 0.5;
+    forEachDeck([phase](TapeDeck& deck) { deck.flangePhase = phase; });
+}
+
+void TapeEffectState::setTapeSpeed(double speed) noexcept
+{
+    forEachDeck([speed](TapeDeck& deck) { deck.setTapeSpeed(speed); });
+}
+
+void TapeEffectState::setFeedbackDelay(double seconds) noexcept
+{
+    forEachDeck([seconds](TapeDeck& deck) { deck.setFeedbackDelay(seconds); });
+}
+
+} // namespace oxa

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "tape/DelayLine.h"
+#include "tape/TapeChannel.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace oxa
+{
+
+// What the render needs to know of the host for one block.
+struct TapeHostInfo
+{
+    double tempo = 120.0;       // beats per minute
+    bool playing = false;
+    double positionBeats = 0.0; // only read while playing
+};
+
+// The whole effect's run-time state: one tape channel and one dry delay per
+// audio channel, and the block-level gains. The processor element derives its
+// state from this and its setters write the fields; the methods below cover
+// the writes with side effects.
+struct TapeEffectState
+{
+    std::vector<TapeChannel> channels;
+    std::vector<DelayLine> dryDelays;
+    float mix = 1.0f;
+    float outputGain = 1.0f; // linear
+    float lfoFreq = 0.1f;    // Hz, or beats per cycle when synchronised
+    bool noiseSync = false;  // true: channels and decks drift apart
+    bool nrLink = true;
+    bool compander = false;
+    std::int32_t encoderType = 0;
+    std::int32_t decoderType = 0;
+    float latency = 0.06f;   // seconds: the forward heads' delay and the dry delay
+    bool lowLatency = false;
+    float outputPad;         // linear; -1 dB until first written
+
+    // Working values of the render, set by prepare.
+    double sampleRate = 0.0;
+    std::uint32_t maxBlock = 0;
+
+    static constexpr float normalLatency = 0.06f;
+    static constexpr float lowLatencyValue = 0.01f;
+    static constexpr double lowLatencyMaxFlangeDepth = 0.009;
+
+    TapeEffectState();
+
+    // Sizes all channels and lines; not for the audio thread.
+    void prepare(double newSampleRate, std::uint32_t maxBlockSize, std::uint32_t channelCount);
+    // Blank tapes and dry lines, shared seeds.
+    void reset() noexcept;
+    std::unique_ptr<TapeEffectState> clone() const { return std::make_unique<TapeEffectState>(*this); }
+
+    // Renders one block in place. channelData holds channelCount pointers to n
+    // floats; channels beyond those prepared are left untouched. hostTempo is
+    // the element's last seen tempo and is updated when synchronised.
+    // speedScratch receives the tape speed deviation (the last channel's
+    // second deck); dryScratch is working memory. Both hold n floats.
+    // Blocks longer than the prepared maximum are rendered in pieces. The two
+    // decks of a channel run in one loop, so no copy of the input is needed.
+    // Allocates nothing. Returns the flange position in -1..1 for the display.
+    float render(float* const* channelData, std::uint32_t channelCount, std::uint32_t n, const TapeHostInfo& host,
+                 bool syncToHost, float& hostTempo, float* speedScratch, float* dryScratch) noexcept;
+
+    // ---- setter support: writes with side effects ----
+    template <typename Function>
+    void forEachDeck(Function&& function)
+    {
+        for (TapeChannel& channel : channels)
+            for (TapeDeck& deck : channel.decks)
+                function(deck);
+    }
+
+    // Flange depth in seconds for the second decks, held to what low latency allows.
+    void setFlangeDepth(double seconds) noexcept;
+    // Latency and the forward heads follow; depth is limited when switching on.
+    void setLowLatency(bool on, double requestedFlangeDepth) noexcept;
+    // Own random seeds per deck from rand(), or the shared seeds back.
+    void setNoiseSync(bool unsync) noexcept;
+    // Stores the LFO frequency (Hz, or beats per cycle when synchronised) and
+    // sets every deck's LFO rate.
+    void setLfoFrequency(float value, bool syncToHost, float hostTempo) noexcept;
+    // Manual mode moves the flange to its start.
+    void setFlangeMode(std::int32_t mode) noexcept;
+    // The manual flange position (-1..1) as a phase 0..1 on every deck.
+    void setRelativeDelay(double value) noexcept;
+    void setTapeSpeed(double speed) noexcept;
+    void setFeedbackDelay(double seconds) noexcept;
+};
+
+} // namespace oxa

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "tape/EnvelopeCurve.h"
+
+namespace oxa
+{
+
+// One side of the three-band compander: low, mid and high band filters, each feeding an
+// envelope curve, added to the input. forward() evaluates a candidate input without
+// moving any state; commit() then takes the last candidate as the sample.
+class ThreeBandSidechain
+{
+public:
+    void prepare (double sampleRate) noexcept;
+    void clear() noexcept;
+
+    double forward (double x) noexcept
+    {
+        double sum = x;
+        for (Band& band : bands)
+        {
+            band.input = x * band.gain;
+            band.output = band.b0 * band.input + band.history;
+            sum += band.curve.apply (band.output);
+        }
+        return sum;
+    }
+
+    // forward() at x and at y, without touching any state.
+    void forwardPair (double x, double y, double& outX, double& outY) const noexcept
+    {
+        double sumX = x, sumY = y;
+        for (const Band& band : bands)
+        {
+            const double outputX = band.b0 * (x * band.gain) + band.history;
+            const double outputY = band.b0 * (y * band.gain) + band.history;
+            double curvedX, curvedY;
+            band.curve.applyPair (outputX, outputY, curvedX, curvedY);
+            sumX += curvedX;
+            sumY += curvedY;
+        }
+        outX = sumX;
+        outY = sumY;
+    }
+
+    void commit() noexcept
+    {
+        for (Band& band : bands)
+        {
+            band.x2 = band.x1;
+            band.x1 = band.input;
+            band.y2 = band.y1;
+            band.y1 = band.output;
+            band.history = band.b1 * band.x1 + band.b2 * band.x2 - band.a1 * band.y1 - band.a2 * band.y2;
+            band.curve.commit();
+        }
+    }
+
+    double getBandHistory (int band) const noexcept { return bands[band].y1; }
+
+private:
+    struct Band
+    {
+        double b0 = 0.0, b1 = 0.0, b2 = 0.0, a1 = 0.0, a2 = 0.0;
+        double gain = 1.0;
+        double x1 = 0.0, x2 = 0.0, y1 = 0.0, y2 = 0.0;
+        double history = 0.0; // the filter's part from past samples, fixed within a sample
+        double input = 0.0, output = 0.0; // the last candidate
+        EnvelopeCurve curve;
+    };
+
+    Band bands[3];
+};
+
+// "Type A": a three-band sidechain compander. The encoder adds the compressed bands to
+// the signal; the decoder inverts that implicitly by Newton iteration from its last
+// solution.
+class ThreeBandCompander
+{
+public:
+    void prepare (double sampleRate) noexcept;
+    void reset() noexcept;
+
+    // Selecting this type clears that side's band histories and envelopes.
+    void clearEncoder() noexcept { encoder.clear(); }
+    void clearDecoder() noexcept { decoder.clear(); }
+
+    double encode (double x) noexcept;
+    double decode (double v) noexcept;
+
+    double getDecoderSolution() const noexcept { return decoderSolution; }
+
+private:
+    ThreeBandSidechain encoder;
+    ThreeBandSidechain decoder;
+    double decoderSolution = 0.0;
+};
+
+} // namespace oxa

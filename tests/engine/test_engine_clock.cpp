@@ -1,0 +1,123 @@
+// The engine's clock and transport commands.
+#include "engine/Engine.h"
+
+#include <gtest/gtest.h>
+
+using namespace oxa;
+
+namespace
+{
+struct ClockRig
+{
+    ClockRig()
+    {
+        engine = std::make_shared<Engine>();
+        engine->prepare(48000.0, 512);
+        context.setSampleRate(48000.0f);
+    }
+    void block(uint32_t n = 512)
+    {
+        context.transport.playing = -1; // no host transport: the engine's own clock rules
+        engine->processEvents(context, events, n);
+        events.clear();
+    }
+    void controller(uint32_t number, uint64_t offset = 0)
+    {
+        EngineEvent e;
+        e.type = EventType::controller;
+        e.data1 = number;
+        e.data2 = 127;
+        e.sampleOffset = offset;
+        events.push_back(e);
+    }
+    std::shared_ptr<Engine> engine;
+    RenderContext context;
+    EventList events;
+};
+} // namespace
+
+TEST(EngineClock, MeterDenominatorFollowsTheNumeratorQuirk)
+{
+    ClockRig rig;
+    rig.context.transport.numerator = 6;
+    rig.context.transport.denominator = 8;
+    rig.block();
+    EXPECT_EQ(rig.engine->meterNumerator(), 6);
+    EXPECT_EQ(rig.engine->meterDenominator(), 8);
+
+    rig.context.transport.numerator = 4;
+    rig.context.transport.denominator = 4;
+    rig.block();
+    EXPECT_EQ(rig.engine->meterNumerator(), 4);
+    EXPECT_EQ(rig.engine->meterDenominator(), 8); // compared against the numerator: stays
+}
+
+TEST(EngineClock, TempoFollowsHostOnlyWhenSynced)
+{
+    ClockRig rig;
+    const auto& ids = Engine::ids();
+    rig.context.transport.tempo = 90.0f;
+    rig.block();
+    EXPECT_DOUBLE_EQ(rig.engine->tempo(), 90.0);
+
+    rig.engine->setFloatParameter(ids.tempo, 150.0f); // kept, not used while synced
+    EXPECT_DOUBLE_EQ(rig.engine->tempo(), 90.0);
+
+    rig.engine->setBoolParameter(ProcessingElement::syncToHostId(), false);
+    rig.engine->setFloatParameter(ids.tempo, 100.0f);
+    EXPECT_DOUBLE_EQ(rig.engine->tempo(), 100.0);
+    rig.block();
+    EXPECT_EQ(rig.context.transport.tempo, 100.0f); // the engine's tempo drives the context
+}
+
+TEST(EngineClock, PositionAdvancesEvenWhenStopped)
+{
+    ClockRig rig;
+    rig.context.transport.tempo = 120.0f;
+    rig.block(24000); // half a second at 120 bpm
+    EXPECT_DOUBLE_EQ(rig.engine->position(), 1.0);
+    EXPECT_FALSE(rig.engine->isPlaying());
+}
+
+TEST(EngineClock, MidiPlayAndStopControllers)
+{
+    ClockRig rig;
+    rig.controller(118);
+    rig.block();
+    EXPECT_TRUE(rig.engine->isPlaying());
+    EXPECT_EQ(rig.context.transport.playing, 1);
+
+    rig.controller(118);
+    rig.block();
+    EXPECT_FALSE(rig.engine->isPlaying());
+}
+
+TEST(EngineClock, RewindWhileRecordingStopsAndEndsTheTake)
+{
+    ClockRig rig;
+    rig.controller(118); // play
+    rig.block();
+    rig.controller(119); // record
+    rig.block();
+    ASSERT_TRUE(rig.engine->isRecording());
+
+    rig.controller(117);
+    rig.block();
+    EXPECT_FALSE(rig.engine->isPlaying());
+    EXPECT_FALSE(rig.engine->isRecording());
+    EXPECT_EQ(rig.context.transport.flags & 1u, 1u);
+    EXPECT_LT(rig.engine->position(), 1.0); // back at the start, plus this block
+}
+
+TEST(EngineClock, RecordWhileStoppedCountsInFourBeats)
+{
+    ClockRig rig;
+    rig.context.transport.tempo = 120.0f; // 24000 samples a beat
+    rig.controller(119);
+    rig.block(512);
+    EXPECT_TRUE(rig.engine->isRecording());
+    EXPECT_FALSE(rig.engine->isPlaying());
+    for (int i = 0; i < 200 && !rig.engine->isPlaying(); ++i)
+        rig.block(512);
+    EXPECT_TRUE(rig.engine->isPlaying());
+}

@@ -1,0 +1,143 @@
+// The processor frame as a host drives it, without a host in between.
+#include "plugin/FluxDeckPlugin.h"
+#include "tape/FluxDeckProcessor.h"
+
+#include <gtest/gtest.h>
+
+using namespace oxa;
+
+namespace
+{
+juce::AudioProcessor::BusesLayout layout(juce::AudioChannelSet in, juce::AudioChannelSet out)
+{
+    juce::AudioProcessor::BusesLayout l;
+    l.inputBuses.add(in);
+    l.outputBuses.add(out);
+    return l;
+}
+} // namespace
+
+TEST(PluginFrame, IdentityAndTree)
+{
+    FluxDeckPlugin plugin;
+    EXPECT_EQ(plugin.getName(), juce::String("Flux Deck"));
+    EXPECT_TRUE(std::isinf(plugin.getTailLengthSeconds()));
+    EXPECT_EQ(plugin.getNumPrograms(), 1);
+    EXPECT_EQ(plugin.getProgramName(0), juce::String("Default"));
+    ASSERT_NE(plugin.getEngine(), nullptr);
+    ASSERT_EQ(plugin.getEngine()->renderOrder().size(), 1u); // the effect and nothing else renders
+    Element* fx = plugin.getEngine()->findElement(String("/FluxDeck"));
+    ASSERT_NE(fx, nullptr);
+    EXPECT_EQ(fx->path().str(), "/FluxDeck");
+    EXPECT_EQ(FluxDeckPluginDefinition::instance().makerKey(), std::string("net"));
+}
+
+TEST(PluginFrame, AcceptedLayouts)
+{
+    FluxDeckPlugin plugin;
+    using Set = juce::AudioChannelSet;
+    EXPECT_TRUE(plugin.checkBusesLayoutSupported(layout(Set::mono(), Set::mono())));
+    EXPECT_TRUE(plugin.checkBusesLayoutSupported(layout(Set::mono(), Set::stereo())));
+    EXPECT_TRUE(plugin.checkBusesLayoutSupported(layout(Set::stereo(), Set::stereo())));
+    EXPECT_FALSE(plugin.checkBusesLayoutSupported(layout(Set::stereo(), Set::mono())));
+    EXPECT_FALSE(plugin.checkBusesLayoutSupported(layout(Set::create5point1(), Set::create5point1())));
+}
+
+TEST(PluginFrame, LatencyFollowsSampleRateAndMode)
+{
+    EXPECT_EQ(FluxDeckPlugin::latencyFor(44100.0, false), 2646);
+    EXPECT_EQ(FluxDeckPlugin::latencyFor(44100.0, true), 441);
+    EXPECT_EQ(FluxDeckPlugin::latencyFor(48000.0, false), 2880);
+    EXPECT_EQ(FluxDeckPlugin::latencyFor(48000.0, true), 480);
+
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(44100.0, 512);
+    EXPECT_EQ(plugin.getLatencySamples(), 2646);
+    plugin.prepareToPlay(0.0, 512); // ignored
+    EXPECT_EQ(plugin.getLatencySamples(), 2646);
+    plugin.prepareToPlay(48000.0, 256);
+    EXPECT_EQ(plugin.getLatencySamples(), 2880);
+
+    Element* fx = plugin.getEngine()->findElement(String("FluxDeck"));
+    fx->setBoolParameter(fx->parameterId("ApplyLowLatency"), true);
+    plugin.updateLatency();
+    EXPECT_EQ(plugin.getLatencySamples(), 480);
+}
+
+TEST(PluginFrame, MonoInStereoOutFeedsBothChannels)
+{
+    FluxDeckPlugin plugin;
+    ASSERT_TRUE(plugin.setBusesLayout(layout(juce::AudioChannelSet::mono(), juce::AudioChannelSet::stereo())));
+    plugin.prepareToPlay(48000.0, 64);
+    juce::AudioBuffer<float> buffer(2, 64);
+    for (int i = 0; i < 64; ++i)
+    {
+        buffer.setSample(0, i, 0.25f * (float) (i % 4));
+        buffer.setSample(1, i, 9.0f); // garbage above the input count
+    }
+    juce::MidiBuffer midi;
+    plugin.processBlock(buffer, midi);
+    for (int i = 0; i < 64; ++i)
+        ASSERT_EQ(buffer.getSample(0, i), buffer.getSample(1, i)) << i;
+    EXPECT_EQ(buffer.getSample(1, 1), 0.25f);
+}
+
+TEST(PluginFrame, ZeroSampleBlockClearsMidiAndRendersNothing)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 64);
+    juce::AudioBuffer<float> buffer(2, 0);
+    juce::MidiBuffer midi;
+    midi.addEvent(juce::MidiMessage::noteOn(1, 60, (uint8_t) 100), 0);
+    plugin.processBlock(buffer, midi);
+    EXPECT_TRUE(midi.isEmpty());
+    EXPECT_EQ(plugin.pendingEvents().size(), 1u); // waits for a block that renders
+}
+
+TEST(PluginFrame, HostEventsBecomeEngineEvents)
+{
+    FluxDeckPlugin plugin;
+    plugin.enqueueHostEvent(0, 3, 144, 60, 0, 7); // note on, velocity 0
+    plugin.enqueueHostEvent(0, 0, 240, 1, 2, 0);  // system message: dropped
+    plugin.enqueueHostEvent(0, 0, 176, 7, 100, 3);
+    ASSERT_EQ(plugin.pendingEvents().size(), 2u);
+    EXPECT_EQ(plugin.pendingEvents()[0].type, EventType::noteOff);
+    EXPECT_EQ(plugin.pendingEvents()[0].channel, 3);
+    EXPECT_EQ(plugin.pendingEvents()[0].sampleOffset, 7u);
+    EXPECT_EQ(plugin.pendingEvents()[1].type, EventType::controller);
+}
+
+TEST(PluginFrame, MoreMidiThanReservedStillRenders)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 512);
+    juce::AudioBuffer<float> buffer(2, 512);
+    buffer.clear();
+    juce::MidiBuffer midi;
+    for (int i = 0; i < 1100; ++i)
+        midi.addEvent(juce::MidiMessage::controllerEvent(1, 1, i % 128), i % 512);
+    plugin.processBlock(buffer, midi);
+    EXPECT_TRUE(midi.isEmpty());
+    EXPECT_EQ(plugin.pendingEvents().size(), 0u);
+}
+
+TEST(PluginFrame, BusyRenderLockPassesTheBlockDry)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 32);
+    Element* fx = plugin.getEngine()->findElement(String("FluxDeck"));
+    fx->setFloatParameter(FluxDeckProcessor::ids().outputGain, -6.0f);
+
+    juce::AudioBuffer<float> buffer(2, 32);
+    buffer.clear();
+    buffer.setSample(0, 0, 1.0f);
+    juce::MidiBuffer midi;
+    {
+        const juce::ScopedLock held(plugin.renderLock());
+        std::thread audio([&] { plugin.processBlock(buffer, midi); });
+        audio.join();
+    }
+    EXPECT_EQ(buffer.getSample(0, 0), 1.0f); // untouched
+    plugin.processBlock(buffer, midi);
+    EXPECT_NEAR(buffer.getSample(0, 0), 0.501f, 0.001f);
+}

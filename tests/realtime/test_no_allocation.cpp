@@ -1,0 +1,93 @@
+// The audio thread must not touch the heap: every allocation function of the
+// program is replaced by a counting one, armed only around processBlock.
+#include "plugin/FluxDeckPlugin.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+std::atomic<bool> armed { false };
+std::atomic<long> allocations { 0 };
+
+void* counted(std::size_t size)
+{
+    if (armed.load(std::memory_order_relaxed))
+        allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* p = std::malloc(size == 0 ? 1 : size))
+        return p;
+    throw std::bad_alloc();
+}
+
+struct Armed
+{
+    Armed()
+    {
+        allocations = 0;
+        armed = true;
+    }
+    ~Armed() { armed = false; }
+};
+} // namespace
+
+void* operator new(std::size_t size) { return counted(size); }
+void* operator new[](std::size_t size) { return counted(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete[](void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+
+using namespace oxa;
+
+namespace
+{
+void renderBlocks(FluxDeckPlugin& plugin, int blocks, int blockSize, int eventsPerBlock, long& counted)
+{
+    juce::AudioBuffer<float> buffer(2, blockSize);
+    juce::MidiBuffer midi;
+    midi.ensureSize(8 * (size_t) (eventsPerBlock + 1) * 16);
+    juce::Random random(1);
+    for (int b = 0; b < blocks; ++b)
+    {
+        for (int c = 0; c < 2; ++c)
+            for (int i = 0; i < blockSize; ++i)
+                buffer.setSample(c, i, random.nextFloat() * 2.0f - 1.0f);
+        midi.clear();
+        for (int e = 0; e < eventsPerBlock; ++e)
+            midi.addEvent(juce::MidiMessage::noteOn(1, 60, (uint8_t) 100), e % blockSize);
+        Armed guard;
+        plugin.processBlock(buffer, midi);
+        counted += allocations.load();
+    }
+}
+} // namespace
+
+TEST(AudioThread, ProcessBlockNeverAllocates)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 512);
+    long counted = 0;
+    renderBlocks(plugin, 400, 512, 0, counted);
+    renderBlocks(plugin, 50, 512, 16, counted);
+    renderBlocks(plugin, 50, 100, 0, counted); // shorter blocks than prepared
+    EXPECT_EQ(counted, 0);
+}
+
+TEST(AudioThread, OnlyAFloodOfMidiMayGrowTheEventList)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 512);
+    long counted = 0;
+    renderBlocks(plugin, 5, 512, 1000, counted); // within the reserved room
+    EXPECT_EQ(counted, 0);
+    renderBlocks(plugin, 1, 512, 1100, counted); // past it: the list grows once
+    EXPECT_GT(counted, 0);
+    counted = 0;
+    renderBlocks(plugin, 5, 512, 1100, counted); // and keeps its new room
+    EXPECT_EQ(counted, 0);
+}

@@ -1,0 +1,323 @@
+#include "tape/PreEmphasis.h"
+#include "tape/SlidingBandCompander.h"
+#include "tape/ThreeBandCompander.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace oxa
+{
+namespace
+{
+
+constexpr double pi = 3.14159265358979323846;
+
+// The three compander kinds behind one type number, as a deck holds them.
+struct CompanderSet
+{
+    PreEmphasis shelf;
+    ThreeBandCompander threeBand;
+    SlidingBandCompander slidingBand;
+
+    explicit CompanderSet (double sampleRate)
+    {
+        shelf.prepare (sampleRate);
+        threeBand.prepare (sampleRate);
+        slidingBand.prepare (sampleRate);
+    }
+
+    double encode (int type, double x)
+    {
+        switch (type)
+        {
+            case 1: return shelf.encode (x);
+            case 2: return threeBand.encode (x);
+            case 3: return slidingBand.encode (x);
+            default: return x;
+        }
+    }
+
+    double decode (int type, double x)
+    {
+        switch (type)
+        {
+            case 1: return shelf.decode (x);
+            case 2: return threeBand.decode (x);
+            case 3: return slidingBand.decode (x);
+            default: return x;
+        }
+    }
+};
+
+// Repeatable test noise in -1..1.
+struct Noise
+{
+    uint32_t state = 12345u;
+    double next()
+    {
+        state = state * 1664525u + 1013904223u;
+        return static_cast<double> (state) / 2147483648.0 - 1.0;
+    }
+};
+
+// Something like programme: a few partials under a moving envelope, plus filtered noise.
+std::vector<double> musicLike (double sampleRate, double peak, double seconds)
+{
+    std::vector<double> x (static_cast<size_t> (sampleRate * seconds));
+    Noise noise;
+    double smooth = 0.0;
+    for (size_t n = 0; n < x.size(); ++n)
+    {
+        const double t = n / sampleRate;
+        const double envelope = 0.55 + 0.45 * std::sin (2.0 * pi * 1.3 * t) * std::sin (2.0 * pi * 0.37 * t);
+        smooth += 0.2 * (noise.next() - smooth);
+        const double tone = 0.5 * std::sin (2.0 * pi * 220.0 * t) + 0.25 * std::sin (2.0 * pi * 1330.0 * t)
+                            + 0.1 * std::sin (2.0 * pi * 7100.0 * t);
+        x[n] = peak * envelope * (tone + 0.3 * smooth) / 1.15;
+    }
+    return x;
+}
+
+std::vector<double> sine (double sampleRate, double frequency, double peak, double seconds)
+{
+    std::vector<double> x (static_cast<size_t> (sampleRate * seconds));
+    for (size_t n = 0; n < x.size(); ++n)
+        x[n] = peak * std::sin (2.0 * pi * frequency * n / sampleRate);
+    return x;
+}
+
+// Largest |decode(encode(x)) - x| after the first settle samples, relative to the peak.
+double roundTripError (int type, double sampleRate, const std::vector<double>& x, size_t settle)
+{
+    CompanderSet encoder (sampleRate), decoder (sampleRate);
+    double worst = 0.0, peak = 0.0;
+    for (size_t n = 0; n < x.size(); ++n)
+    {
+        const double y = decoder.decode (type, encoder.encode (type, x[n]));
+        if (n >= settle)
+        {
+            worst = std::max (worst, std::abs (y - x[n]));
+            peak = std::max (peak, std::abs (x[n]));
+        }
+    }
+    return worst / std::max (peak, 1e-30);
+}
+
+double rms (const std::vector<double>& x)
+{
+    double sum = 0.0;
+    for (double v : x)
+        sum += v * v;
+    return std::sqrt (sum / x.size());
+}
+
+TEST (EnvelopeCurveShape, JoinsItsThreePiecesSmoothly)
+{
+    for (double levelDb : {-54.91727803, -10.0})
+        for (double ratio : {0.3, 0.7})
+        {
+            EnvelopeCurve c;
+            c.setCurve (levelDb, ratio);
+            const double level = std::pow (10.0, levelDb / 20.0);
+            EXPECT_NEAR (c.getLow(), 0.7 * ratio * level, 1e-6 * level);
+            EXPECT_NEAR (c.getHigh(), 0.7 * level / ratio, 1e-6 * level);
+            EXPECT_NEAR (c.getTop(), 0.96 * level, 1e-6 * level);
+
+            const double h = 1e-9 * level;
+            for (double knot : {c.getLow(), c.getHigh()})
+            {
+                EXPECT_NEAR (c.shape (knot - h), c.shape (knot + h), 1e-6 * level);
+                const double slopeBelow = (c.shape (knot - h) - c.shape (knot - 2 * h)) / h;
+                const double slopeAbove = (c.shape (knot + 2 * h) - c.shape (knot + h)) / h;
+                EXPECT_NEAR (slopeBelow, slopeAbove, 1e-3);
+            }
+            // Rising everywhere, and held far below the input once past `high`.
+            double previous = 0.0;
+            for (double e = 0.0; e < 3.0 * c.getHigh(); e += c.getHigh() / 500.0)
+            {
+                EXPECT_GE (c.shape (e), previous - 1e-15);
+                previous = c.shape (e);
+            }
+            EXPECT_LT (c.shape (100.0 * c.getHigh()), 0.2 * c.getHigh() + c.getTop());
+        }
+}
+
+TEST (EnvelopeCurveFollower, SettlesOnTheInputLevelWithItsTimeConstant)
+{
+    const double fs = 48000.0;
+    EnvelopeCurve c;
+    c.setEnvelope (5000000.0, 1e-9, fs); // 5 ms
+    double level = 0.0;
+    for (int n = 0; n < static_cast<int> (0.005 * fs); ++n)
+    {
+        level = c.follow (-0.5);
+        c.commit();
+    }
+    EXPECT_NEAR (level, 0.5 * (1.0 - std::exp (-1.0)), 0.01);
+    for (int n = 0; n < static_cast<int> (0.1 * fs); ++n)
+    {
+        level = c.follow (0.5);
+        c.commit();
+    }
+    EXPECT_NEAR (level, 0.5, 1e-6);
+
+    // Evaluating without commit leaves the charge where it was.
+    const double charge = c.getCharge();
+    c.follow (0.0);
+    c.follow (5.0);
+    EXPECT_EQ (c.getCharge(), charge);
+}
+
+TEST (PreEmphasisPair, LiftsHighsTwofoldAndDecodesExactly)
+{
+    for (double fs : {44100.0, 96000.0})
+    {
+        PreEmphasis p;
+        p.prepare (fs);
+        Noise noise;
+        for (int n = 0; n < 100000; ++n)
+        {
+            const double x = noise.next() * (n % 1000 < 500 ? 1.0 : 1e-4);
+            ASSERT_NEAR (p.decode (p.encode (x)), x, 1e-12);
+        }
+
+        PreEmphasis low, high;
+        low.prepare (fs);
+        high.prepare (fs);
+        const std::vector<double> slow = sine (fs, 20.0, 1.0, 0.5);
+        std::vector<double> slowOut, fastOut;
+        for (size_t n = 0; n < slow.size(); ++n)
+        {
+            slowOut.push_back (low.encode (slow[n]));
+            fastOut.push_back (high.encode (n % 2 ? -1.0 : 1.0)); // Nyquist
+        }
+        EXPECT_NEAR (rms (slowOut) / rms (slow), 1.0, 0.01);
+        EXPECT_NEAR (std::abs (fastOut.back()), 2.0, 1e-9);
+    }
+}
+
+// After 50 ms the three-band pair is exact to 2e-6 of the peak, the sliding band to 1e-5
+// (its two Newton steps leave a little more behind on loud, fast changes).
+TEST (CompanderRoundTrip, ThreeBandDecoderUndoesItsEncoder)
+{
+    for (double fs : {44100.0, 48000.0, 96000.0})
+    {
+        SCOPED_TRACE (fs);
+        for (double peakDb : {-70.0, -50.0, -30.0, -10.0, 0.0, 20.0, 40.0})
+        {
+            const double peak = std::pow (10.0, peakDb / 20.0);
+            const size_t settle = static_cast<size_t> (0.05 * fs);
+            EXPECT_LT (roundTripError (2, fs, musicLike (fs, peak, 1.0), settle), 2e-6) << peakDb;
+            for (double f : {60.0, 1000.0, 9000.0})
+                EXPECT_LT (roundTripError (2, fs, sine (fs, f, peak, 0.3), settle), 2e-6) << peakDb << " dB " << f;
+        }
+    }
+}
+
+TEST (CompanderRoundTrip, SlidingBandDecoderUndoesItsEncoder)
+{
+    for (double fs : {44100.0, 48000.0, 96000.0})
+    {
+        SCOPED_TRACE (fs);
+        for (double peakDb : {-70.0, -50.0, -30.0, -10.0, 0.0, 20.0, 40.0})
+        {
+            const double peak = std::pow (10.0, peakDb / 20.0);
+            const size_t settle = static_cast<size_t> (0.05 * fs);
+            EXPECT_LT (roundTripError (3, fs, musicLike (fs, peak, 1.0), settle), 1e-5) << peakDb;
+            for (double f : {60.0, 1000.0, 9000.0})
+                EXPECT_LT (roundTripError (3, fs, sine (fs, f, peak, 0.3), settle), 1e-5) << peakDb << " dB " << f;
+        }
+    }
+}
+
+TEST (CompanderEncoding, QuietSignalsAreLiftedMoreThanLoudOnes)
+{
+    const double fs = 48000.0;
+    for (int type : {2, 3})
+    {
+        auto liftDb = [&] (double peak)
+        {
+            CompanderSet set (fs);
+            std::vector<double> in = sine (fs, 3000.0, peak, 0.3), out;
+            for (double x : in)
+                out.push_back (set.encode (type, x));
+            return 20.0 * std::log10 (rms (out) / rms (in));
+        };
+        const double quiet = liftDb (std::pow (10.0, -70.0 / 20.0));
+        const double loud = liftDb (1.0);
+        EXPECT_GT (quiet, 6.0) << type;
+        EXPECT_GT (quiet, loud + 3.0) << type;
+    }
+}
+
+TEST (CompanderRobustness, EveryTypePairingSurvivesStepsNoiseAndBadSamples)
+{
+    const double fs = 48000.0;
+    Noise noise;
+    for (int encoderType = 0; encoderType < 4; ++encoderType)
+        for (int decoderType = 0; decoderType < 4; ++decoderType)
+        {
+            CompanderSet set (fs);
+            auto run = [&] (double x)
+            {
+                const double y = set.decode (decoderType, set.encode (encoderType, x));
+                return std::isfinite (y);
+            };
+            bool finite = true;
+            for (int n = 0; n < 20000 && finite; ++n) // silence, full-scale steps, saturator extremes
+                finite = run (n < 5000 ? 0.0 : n < 10000 ? 1.0 : n < 15000 ? -100.0 : 100.0);
+            for (int n = 0; n < 20000 && finite; ++n) // loud noise and near-silence alternating
+                finite = run (noise.next() * (n % 3000 < 1500 ? 100.0 : 1e-9));
+            for (int n = 0; n < 2000 && finite; ++n)
+                finite = run (n % 2 ? 1e-300 : -1e-300);
+            EXPECT_TRUE (finite) << encoderType << " -> " << decoderType;
+
+            // A bad sample passes by without spoiling what follows.
+            set.encode (encoderType, std::numeric_limits<double>::quiet_NaN());
+            set.decode (decoderType, std::numeric_limits<double>::infinity());
+            EXPECT_TRUE (run (0.5)) << encoderType << " -> " << decoderType;
+        }
+}
+
+TEST (CompanderClearing, EachSideClearsOnlyItself)
+{
+    const double fs = 48000.0;
+    const std::vector<double> x = musicLike (fs, 0.01, 0.2);
+
+    ThreeBandCompander used, fresh;
+    used.prepare (fs);
+    fresh.prepare (fs);
+    for (double v : x)
+        used.decode (used.encode (v));
+
+    used.clearEncoder();
+    for (int n = 0; n < 100; ++n)
+        EXPECT_EQ (used.encode (x[n]), fresh.encode (x[n])) << n;
+
+    SlidingBandCompander slidingUsed, slidingFresh;
+    slidingUsed.prepare (fs);
+    slidingFresh.prepare (fs);
+    for (double v : x)
+        slidingUsed.decode (slidingUsed.encode (v));
+    slidingUsed.clearDecoder();
+    slidingUsed.reset();
+    for (int n = 0; n < 100; ++n)
+        EXPECT_EQ (slidingUsed.decode (x[n]), slidingFresh.decode (x[n])) << n;
+
+    // The shelf pair shares one clearing: either side resets both histories.
+    PreEmphasis shelf, shelfFresh;
+    shelf.prepare (fs);
+    shelfFresh.prepare (fs);
+    for (double v : x)
+        shelf.decode (shelf.encode (v));
+    shelf.clearEncoder();
+    EXPECT_EQ (shelf.decode (0.25), shelfFresh.decode (0.25));
+}
+
+} // namespace
+} // namespace oxa

@@ -1,0 +1,234 @@
+#include "tape/TapeEffect.h"
+#include "tape/TransportGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace oxa
+{
+namespace
+{
+
+TEST(TransportGenerator, OffWritesTheNominalSpeedAndNoDeviation)
+{
+    TransportGenerator transport;
+    transport.prepare(48000.0);
+    transport.wowDepth = 0.3;
+    transport.flutterDepth = 0.05;
+    transport.randomDepth = 0.1;
+    transport.transportOn = 0;
+    std::vector<double> history(100, 0.0);
+    for (std::uint64_t b = 0; b < 1000; ++b)
+    {
+        transport.tick(b, 0.0, 1.25, history.data(), history.size());
+        ASSERT_EQ(history[b % 100], 1.25);
+        ASSERT_EQ(transport.deviationAt(17), 0.0f);
+    }
+}
+
+TEST(TransportGenerator, FullWowSwingsThirtyPercent)
+{
+    TransportGenerator transport;
+    transport.prepare(48000.0);
+    transport.wowDepth = 0.3;
+    transport.wowRate = 1.5;
+    std::vector<double> history(1500, 0.0);
+    double low = 2.0, high = 0.0;
+    for (std::uint64_t b = 0; b < 3000; ++b)
+    {
+        transport.tick(b, 0.0, 1.0, history.data(), history.size());
+        low = std::min(low, history[b % 1500]);
+        high = std::max(high, history[b % 1500]);
+    }
+    EXPECT_NEAR(low, 0.7, 1e-4);
+    EXPECT_NEAR(high, 1.3, 1e-4);
+}
+
+TEST(TransportGenerator, RandomDriftIsSmoothAndBounded)
+{
+    TransportGenerator transport;
+    transport.prepare(48000.0);
+    transport.randomDepth = 0.1;
+    transport.randomRate = 100.0; // faster than one segment per few ticks
+    std::vector<double> history(64, 0.0);
+    for (std::uint64_t b = 0; b < 20000; ++b)
+    {
+        transport.tick(b, 0.0, 1.0, history.data(), history.size());
+        ASSERT_GE(transport.randomPhase, 0.0);
+        ASSERT_LT(transport.randomPhase, 2.0);
+        ASSERT_LE(std::fabs(history[b % 64] - 1.0), 0.05 + 1e-12);
+    }
+}
+
+// A prepared single-channel effect whose decks can be inspected per tick.
+struct Rig
+{
+    TapeEffectState state;
+    std::vector<float> buffer, speed, dry;
+    float hostTempo = 120.0f;
+
+    explicit Rig(double sampleRate, std::uint32_t channels = 1, std::uint32_t block = 32)
+    {
+        state.prepare(sampleRate, block, channels);
+        state.forEachDeck([](TapeDeck& deck) {
+            deck.setRecordHeadOn(false);
+            deck.setPlaybackFilterOn(false);
+        });
+        buffer.assign(static_cast<std::size_t>(block) * channels, 0.0f);
+        speed.assign(block, 0.0f);
+        dry.assign(block, 0.0f);
+    }
+
+    void render(std::uint32_t n)
+    {
+        std::vector<float*> pointers;
+        for (std::size_t c = 0; c < state.channels.size(); ++c)
+            pointers.push_back(buffer.data() + c * n);
+        state.render(pointers.data(), static_cast<std::uint32_t>(pointers.size()), n, TapeHostInfo{}, false,
+                     hostTempo, speed.data(), dry.data());
+    }
+};
+
+TEST(TapeHead, ForwardHeadSettlesAtTheLatency)
+{
+    for (double sampleRate : {44100.0, 48000.0, 96000.0})
+    {
+        Rig rig(sampleRate);
+        rig.state.setFlangeMode(TapeChannel::manualMode);
+        rig.state.setRelativeDelay(0.0); // the second deck at the nominal delay too
+        for (int i = 0; i < 2000; ++i)
+            rig.render(32);
+        for (const TapeDeck& deck : rig.state.channels[0].decks)
+        {
+            const TapeHead& head = deck.heads[0];
+            EXPECT_NEAR((head.currentDelay + 1.0) * 32.0, 0.06 * sampleRate, 1e-3) << sampleRate;
+            EXPECT_NEAR(head.delayInSamples(0), 0.06 * sampleRate - 1.0, 1e-3);
+            const TapeHead& back = deck.heads[1];
+            EXPECT_NEAR((back.currentDelay + 1.0) * 32.0, 0.016 * sampleRate, 1e-3);
+        }
+    }
+}
+
+TEST(TapeHead, LowLatencyMovesTheForwardHeadsAndLimitsTheDepth)
+{
+    Rig rig(44100.0);
+    for (int i = 0; i < 200; ++i)
+        rig.render(32);
+    rig.state.setLowLatency(true, 0.015);
+    EXPECT_EQ(rig.state.latency, 0.01f);
+    EXPECT_EQ(rig.state.channels[0].decks[1].flangeDepth, 0.009);
+    rig.state.setFlangeDepth(0.012);
+    EXPECT_EQ(rig.state.channels[0].decks[1].flangeDepth, 0.009);
+    rig.state.setFlangeMode(TapeChannel::manualMode);
+    rig.state.setRelativeDelay(0.0);
+    for (int i = 0; i < 2000; ++i) // past the half-second ramp
+        rig.render(32);
+    for (const TapeDeck& deck : rig.state.channels[0].decks)
+        EXPECT_NEAR(deck.heads[0].delayInSamples(0), 440.0, 1e-3);
+}
+
+TEST(TapeHead, SecondDeckObeysTheMovingTapeIdentity)
+{
+    // With a moving speed, the tape between the heads stays constant:
+    // 1 - dD/dt = v(t) / v(t - D).
+    Rig rig(48000.0);
+    rig.state.forEachDeck([](TapeDeck& deck) {
+        deck.transport.wowDepth = 0.3;
+        deck.transport.wowRate = 1.5;
+        deck.transport.flutterDepth = 0.02;
+        deck.transport.flutterRate = 7.0;
+    });
+    const TapeDeck& deck = rig.state.channels[0].decks[1];
+    const std::size_t ticks = 9000;
+    std::vector<double> delay(ticks), speed(ticks);
+    for (std::size_t b = 0; b < ticks; ++b)
+    {
+        rig.render(32);
+        delay[b] = deck.heads[0].currentDelay + 1.0; // ticks of tape behind the end of tick b
+        speed[b] = deck.speedHistory[b % deck.speedHistory.size()];
+    }
+    double largestSlope = 0.0, worst = 0.0;
+    for (std::size_t b = 3000; b + 1 < ticks; ++b)
+    {
+        const double slope = (delay[b + 1] - delay[b - 1]) * 0.5;
+        // Speed at the read position, tick b + 0.5 - D (speeds stand for tick centres).
+        const double at = static_cast<double>(b) + 0.5 - delay[b];
+        const auto i = static_cast<std::size_t>(std::floor(at - 0.5));
+        const double f = at - 0.5 - static_cast<double>(i);
+        const double past = speed[i] + f * (speed[i + 1] - speed[i]);
+        const double now = 0.5 * (speed[b] + speed[b + 1]);
+        worst = std::max(worst, std::fabs((1.0 - slope) - now / past));
+        largestSlope = std::max(largestSlope, std::fabs(slope));
+    }
+    EXPECT_GT(largestSlope, 0.05); // the identity is not met trivially
+    EXPECT_LT(worst, 2e-3);
+}
+
+TEST(TapeHead, SpeedChangeKeepsTheDelayAfterTheRamp)
+{
+    Rig rig(48000.0);
+    for (int i = 0; i < 1000; ++i)
+        rig.render(32);
+    const double before = rig.state.channels[0].decks[0].heads[0].currentDelay;
+    rig.state.setTapeSpeed(0.5);
+    for (int i = 0; i < 1500; ++i)
+        rig.render(32);
+    const TapeHead& head = rig.state.channels[0].decks[0].heads[0];
+    EXPECT_NEAR(head.currentDelay, before, 1e-6);
+    EXPECT_DOUBLE_EQ(head.tapeLength, 0.03);
+}
+
+TEST(TapeHead, LongDelayStopsShortOfTheWritePosition)
+{
+    Rig rig(48000.0);
+    rig.state.setFeedbackDelay(1.0);
+    rig.state.setTapeSpeed(2.0);
+    rig.state.forEachDeck([](TapeDeck& deck) { deck.speed = 0.1; }); // needs 20 s of a 2 s tape
+    const TapeDeck& deck = rig.state.channels[0].decks[0];
+    const auto m = static_cast<double>(deck.speedHistory.size());
+    for (int i = 0; i < 10000; ++i)
+    {
+        rig.render(32);
+        const TapeHead& head = deck.heads[1];
+        ASSERT_LT(head.currentDelay, m);
+        const std::uint64_t lastTick = deck.sampleCounter / 32 - 1;
+        ASSERT_NE(head.readTick, lastTick % deck.speedHistory.size());
+        ASSERT_NE(head.readTick, (lastTick + 1) % deck.speedHistory.size());
+    }
+}
+
+TEST(NoiseSync, OffRunsIdenticalModulationOnDrifts)
+{
+    for (bool unsync : {false, true})
+    {
+        Rig rig(48000.0, 2);
+        rig.state.forEachDeck([](TapeDeck& deck) {
+            deck.transport.randomDepth = 0.1;
+            deck.transport.randomRate = 50.0;
+            deck.transport.wowDepth = 0.1;
+        });
+        rig.state.setNoiseSync(unsync);
+        for (int i = 0; i < 500; ++i)
+            rig.render(32);
+        const auto& a = rig.state.channels[0].decks[0].speedHistory;
+        const auto& b = rig.state.channels[1].decks[0].speedHistory;
+        const auto& c = rig.state.channels[0].decks[1].speedHistory;
+        const auto& d = rig.state.channels[1].decks[1].speedHistory;
+        if (unsync)
+        {
+            EXPECT_NE(a, b);
+            EXPECT_NE(c, d);
+        }
+        else
+        {
+            EXPECT_EQ(a, b);
+            EXPECT_EQ(c, d);
+        }
+    }
+}
+
+} // namespace
+} // namespace oxa
