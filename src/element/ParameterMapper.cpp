@@ -1,29 +1,19 @@
 #include "element/ParameterMapper.h"
 
+#include "element/Element.h"
 #include "element/NoteLengths.h"
 
 #include <algorithm>
 #include <cmath>
 
-#if __has_include("element/Element.h")
-#include "element/Element.h"
-#define OXA_HAS_ELEMENT 1
-#endif
-
 namespace oxa
 {
 bool syncsToHost(const Element* owner)
 {
-#if OXA_HAS_ELEMENT
     if (owner == nullptr)
         return false;
-    const int id = owner->parameterId("SyncToHost");
+    const uint32_t id = owner->parameterId("SyncToHost");
     return id != 0 && owner->boolParameter(id, nullptr);
-#else
-    // Without the element tree nothing can be synced.
-    (void) owner;
-    return false;
-#endif
 }
 
 // --- base -----------------------------------------------------------------------------

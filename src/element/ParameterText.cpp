@@ -389,4 +389,29 @@ bool parseIntText(const std::string& text, int& value)
     value = (int) parsed;
     return true;
 }
+
+// --- String forms for descriptions ----------------------------------------------------
+
+String floatValueToText(int displayType, float min, float max, float value, const Element* owner)
+{
+    const bool synced = isSyncType(displayType) && syncsToHost(owner);
+    return String(formatFloatValue(displayType, min, max, value, synced));
+}
+
+bool floatTextToValue(int displayType, float min, float max, const String& text, const Element* owner,
+                      float& value)
+{
+    const bool synced = isSyncType(displayType) && syncsToHost(owner);
+    return parseFloatText(displayType, min, max, text.str(), synced, value);
+}
+
+String intValueToText(int displayType, int value)
+{
+    return String(formatIntValue(displayType, value));
+}
+
+bool intTextToValue(const String& text, int& value)
+{
+    return parseIntText(text.str(), value);
+}
 } // namespace oxa

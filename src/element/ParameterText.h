@@ -25,12 +25,6 @@ String intValueToText(int displayType, int value);
 /** Decimal parse of an int text; false when it does not parse. */
 bool intTextToValue(const String& text, int& value);
 
-/** "true" or "false". */
-String boolValueToText(bool value);
-
-/** Goes through the int parse: any non-zero number is true. */
-bool boolTextToValue(const String& text, bool& value);
-
 // The same rules with the sync state already known, on plain std::string. Callers that
 // have no element at hand (menus, host text) and the tests use these.
 std::string formatFloatValue(int displayType, float min, float max, float value, bool synced);
