@@ -96,7 +96,11 @@ void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, 
 {
     sampleRate = newSampleRate;
     maxBlock = std::max<std::uint32_t>(maxBlockSize, 1);
-    channels.resize(channelCount);
+    // New channels take the settings the setters left on the first one.
+    if (channels.empty())
+        channels.resize(channelCount);
+    else
+        channels.resize(channelCount, channels.front());
     dryDelays.resize(channelCount);
     for (TapeChannel& channel : channels)
         channel.prepare(newSampleRate);

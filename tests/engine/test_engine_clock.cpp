@@ -17,6 +17,7 @@ struct ClockRig
     }
     void block(uint32_t n = 512)
     {
+        context.transport.playing = -1; // no host transport: the engine's own clock rules
         engine->processEvents(context, events, n);
         events.clear();
     }

@@ -54,6 +54,8 @@ public:
         ElementParamEnvelope* envelope = envelopes().front();
         envelope->addChild(std::make_shared<Element>(String("SignalConnection"), String("SignalConnection 0")));
         connectedEnvelopes().push_back(envelope);
+        envelope->mainEnvelopeState().isStatic = false;
+        envelope->mainEnvelopeState().needsUpdate = true;
     }
 
     std::vector<uint32_t> calls, silenceCalls, heard, heardData;

@@ -163,6 +163,20 @@ TEST(TapeEffect, DropoutsNeedTheRecordHead)
     EXPECT_EQ(run(1.0, false), run(0.0, false));
 }
 
+TEST(TapeEffect, AddedChannelsKeepTheSettings)
+{
+    TapeEffectState state;
+    state.prepare(44100.0, 512, 1);
+    state.forEachDeck([](TapeDeck& deck) { deck.setDrive(10.0); });
+    state.setFlangeMode(TapeChannel::manualMode);
+    state.prepare(48000.0, 256, 2);
+    const TapeChannel& added = state.channels[1];
+    EXPECT_EQ(added.flangeMode, TapeChannel::manualMode);
+    EXPECT_EQ(added.decks[0].drive, 10.0);
+    EXPECT_EQ(added.decks[1].ringLength, 96000u);
+    EXPECT_EQ(state.dryDelays[1].maxDelay, 2880u);
+}
+
 TEST(TapeEffect, PhaseInvertAtEqualDelaysCancels)
 {
     TapeEffectState state;

@@ -1,0 +1,160 @@
+// What a DAW sees of the built bundle before it sends any audio.
+
+#include "HostedPluginSupport.h"
+
+#include <iterator>
+
+namespace oxa::host::testing
+{
+namespace
+{
+const char* const kHostParameterNames[] = {
+    "SyncToHost", "Apply Tape Simulation", "Magnetic Hardness", "Magnetic Resistance", "Noise Gain",
+    "Apply Noise Gate", "Demagnetization Depth", "Demagnetization Rate", "Apply Playback Filter", "Spacing",
+    "Thickness", "Azimuth", "Width", "Tape Speed", "Apply Transport Modulations", "Low Latency Mode",
+    "Wow Depth", "Wow Rate", "Flutter Depth", "Flutter Rate", "Random Channel Unsync", "Random Depth",
+    "Random Rate", "Delay", "Compensate Feedback", "Feedback", "Drive", "Input Gain", "Output Gain", "Mix",
+    "Flange Depth", "Manual Flange", "Fade", "Phase Invert", "Flange Mode", "LFO Rate", "LFO Phase",
+    "LFO Shape", "LFO Symmetry", "LFO Swing", "Apply Compander", "Noise Reduction Encoder",
+    "Noise Reduction Decoder", "Link NR Encoder and Decoder", "Output Pad",
+};
+
+juce::AudioProcessor::BusesLayout layoutOf(const juce::AudioChannelSet& in, const juce::AudioChannelSet& out)
+{
+    juce::AudioProcessor::BusesLayout layout;
+    layout.inputBuses.add(in);
+    layout.outputBuses.add(out);
+    return layout;
+}
+
+int latencyAfterPrepare(double sampleRate, int blockSize)
+{
+    auto plugin = loadBuiltPlugin(sampleRate, blockSize);
+    if (plugin == nullptr)
+        return -1;
+
+    OfflineRenderer renderer(*plugin, blockSize);
+    EXPECT_EQ(renderer.prepare(sampleRate, 2), "");
+    PluginHost::pumpMessages(20);
+    return plugin->getLatencySamples();
+}
+} // namespace
+
+TEST(HostedBundle, LoadsUnderItsProductNameWithOneProgram)
+{
+    auto plugin = loadBuiltPlugin();
+    ASSERT_NE(plugin, nullptr);
+
+    EXPECT_EQ(plugin->getName(), "Flux Deck");
+    EXPECT_EQ(plugin->getPluginDescription().pluginFormatName, "VST3");
+    EXPECT_FALSE(plugin->getPluginDescription().isInstrument);
+    EXPECT_LE(plugin->getNumPrograms(), 1);
+    EXPECT_EQ(plugin->getMainBusNumInputChannels(), 2) << "stereo in by default";
+    EXPECT_EQ(plugin->getMainBusNumOutputChannels(), 2) << "stereo out by default";
+}
+
+TEST(HostedBundle, MissingOrEmptyBundleGivesAnErrorNotAnInstance)
+{
+    PluginHost pluginHost;
+
+    auto missing = pluginHost.load(juce::File("/nonexistent/Nothing.vst3"), 44100.0, 512);
+    EXPECT_FALSE(missing);
+    EXPECT_TRUE(missing.error.contains("no VST3 bundle")) << missing.error;
+
+    const auto emptyBundle = juce::File::createTempFile(".vst3");
+    ASSERT_TRUE(emptyBundle.createDirectory());
+    auto empty = pluginHost.load(emptyBundle, 44100.0, 512);
+    EXPECT_FALSE(empty);
+    EXPECT_TRUE(empty.error.isNotEmpty());
+    emptyBundle.deleteRecursively();
+}
+
+TEST(HostedBundle, LatencyIsSixtyMillisecondsTruncatedAtAnyBlockSize)
+{
+    EXPECT_EQ(latencyAfterPrepare(44100.0, 512), 2646);
+    EXPECT_EQ(latencyAfterPrepare(48000.0, 512), 2880);
+    EXPECT_EQ(latencyAfterPrepare(44100.0, 32), 2646);
+    EXPECT_EQ(latencyAfterPrepare(48000.0, 4096), 2880);
+    EXPECT_EQ(latencyAfterPrepare(96000.0, 512), 5760);
+}
+
+TEST(HostedBundle, TailIsReportedAsInfinite)
+{
+    auto plugin = loadBuiltPlugin();
+    ASSERT_NE(plugin, nullptr);
+    OfflineRenderer renderer(*plugin, 512);
+    ASSERT_EQ(renderer.prepare(44100.0, 2), "");
+
+    // The VST3 host maps the format's "infinite tail" marker to infinity, not to a length.
+    EXPECT_TRUE(std::isinf(plugin->getTailLengthSeconds())) << plugin->getTailLengthSeconds();
+    EXPECT_GT(plugin->getTailLengthSeconds(), 0.0);
+}
+
+TEST(HostedBundle, ExportsTheFortyFiveParametersInHostOrder)
+{
+    auto plugin = loadBuiltPlugin();
+    ASSERT_NE(plugin, nullptr);
+
+    const auto names = parameterNames(*plugin);
+    constexpr int kCount = (int) std::size(kHostParameterNames);
+    ASSERT_GE(names.size(), kCount) << names.joinIntoString(" | ", 0, 50);
+
+    const juce::StringArray expected(kHostParameterNames, kCount);
+    const juce::StringArray leading(names.begin(), kCount);
+    ASSERT_EQ(leading.joinIntoString("\n"), expected.joinIntoString("\n"));
+
+    for (int i = 0; i < kCount; ++i)
+        EXPECT_TRUE(plugin->getParameters()[i]->isAutomatable()) << names[i];
+
+    // After the list the wrapper may add only its bypass and stand-ins for MIDI controllers.
+    EXPECT_EQ(effectParameters(*plugin).size(), kCount);
+    for (int i = kCount; i < names.size(); ++i)
+    {
+        auto* parameter = plugin->getParameters()[i];
+        EXPECT_TRUE(parameter == plugin->getBypassParameter() || names[i].startsWith("MIDI CC "))
+            << "unexpected parameter " << i << " \"" << names[i] << "\"";
+    }
+}
+
+TEST(HostedBundle, EveryParameterTextParsesBackToTheSameText)
+{
+    auto plugin = loadBuiltPlugin();
+    ASSERT_NE(plugin, nullptr);
+
+    for (auto* parameter : effectParameters(*plugin))
+    {
+        for (auto value : { 0.0f, 0.3f, 1.0f })
+        {
+            const auto text = parameter->getText(value, 1024);
+            const auto parsed = parameter->getValueForText(text);
+            EXPECT_EQ(parameter->getText(parsed, 1024), text)
+                << parameter->getName(1024) << " at " << value << " reads \"" << text << "\"";
+        }
+    }
+}
+
+TEST(HostedBundle, AcceptsExactlyMonoMonoMonoStereoAndStereoStereo)
+{
+    auto plugin = loadBuiltPlugin();
+    ASSERT_NE(plugin, nullptr);
+
+    const auto mono = juce::AudioChannelSet::mono();
+    const auto stereo = juce::AudioChannelSet::stereo();
+
+    EXPECT_TRUE(plugin->checkBusesLayoutSupported(layoutOf(mono, mono)));
+    EXPECT_TRUE(plugin->checkBusesLayoutSupported(layoutOf(mono, stereo)));
+    EXPECT_TRUE(plugin->checkBusesLayoutSupported(layoutOf(stereo, stereo)));
+
+    EXPECT_FALSE(plugin->checkBusesLayoutSupported(layoutOf(stereo, mono)));
+    EXPECT_FALSE(plugin->checkBusesLayoutSupported(layoutOf(stereo, juce::AudioChannelSet::createLCR())));
+    EXPECT_FALSE(plugin->checkBusesLayoutSupported(layoutOf(juce::AudioChannelSet::quadraphonic(),
+                                                            juce::AudioChannelSet::quadraphonic())));
+    EXPECT_FALSE(plugin->checkBusesLayoutSupported(layoutOf(juce::AudioChannelSet::create5point1(),
+                                                            juce::AudioChannelSet::create5point1())));
+
+    // A refused request leaves the layout that was there.
+    EXPECT_FALSE(plugin->setBusesLayout(layoutOf(stereo, mono)));
+    EXPECT_EQ(plugin->getMainBusNumInputChannels(), 2);
+    EXPECT_EQ(plugin->getMainBusNumOutputChannels(), 2);
+}
+} // namespace oxa::host::testing

@@ -1,0 +1,76 @@
+#pragma once
+// Shared helpers for the tests that load the built bundle through the VST3 host.
+
+#include "host/HostedParameters.h"
+#include "host/OfflineRenderer.h"
+#include "host/PluginHost.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#ifndef FLUXDECK_BUILT_VST3_MODULE
+#define FLUXDECK_BUILT_VST3_MODULE ""
+#endif
+
+namespace oxa::host::testing
+{
+inline juce::File builtBundle()
+{
+    return PluginHost::bundleOfModule(juce::File(juce::String(FLUXDECK_BUILT_VST3_MODULE)));
+}
+
+/** A fresh instance of the built plug-in, or null (the test then fails on it). */
+inline std::unique_ptr<juce::AudioPluginInstance> loadBuiltPlugin(double sampleRate = 44100.0, int blockSize = 512)
+{
+    static PluginHost pluginHost;
+    auto loaded = pluginHost.load(builtBundle(), sampleRate, blockSize);
+    EXPECT_TRUE(loaded) << loaded.error;
+    return std::move(loaded.instance);
+}
+
+/** Deterministic white noise at about -10 dBFS RMS. */
+inline juce::AudioBuffer<float> makeNoise(int channels, int length, juce::int64 seed = 1)
+{
+    juce::Random random(seed);
+    juce::AudioBuffer<float> noise(channels, length);
+
+    for (int channel = 0; channel < channels; ++channel)
+        for (int i = 0; i < length; ++i)
+            noise.setSample(channel, i, (random.nextFloat() * 2.0f - 1.0f) * 0.5f);
+
+    return noise;
+}
+
+/** The effect's own parameters: automatable, and neither the wrapper's bypass nor its
+    stand-ins for MIDI controllers (which are not automatable). */
+inline juce::Array<juce::AudioProcessorParameter*> effectParameters(juce::AudioProcessor& plugin)
+{
+    juce::Array<juce::AudioProcessorParameter*> result;
+
+    for (auto* parameter : plugin.getParameters())
+        if (parameter != plugin.getBypassParameter() && parameter->isAutomatable())
+            result.add(parameter);
+
+    return result;
+}
+
+inline bool allFinite(const juce::AudioBuffer<float>& buffer)
+{
+    for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+        for (int i = 0; i < buffer.getNumSamples(); ++i)
+            if (!std::isfinite(buffer.getSample(channel, i)))
+                return false;
+
+    return true;
+}
+
+/** Lets parameter writes reach the plug-in's audio side and its message-thread follow-ups. */
+inline void settle(juce::AudioPluginInstance& plugin, OfflineRenderer& renderer)
+{
+    juce::AudioBuffer<float> silence(plugin.getMainBusNumInputChannels(), 256);
+    silence.clear();
+    renderer.render(silence, 0);
+    PluginHost::pumpMessages(30);
+}
+} // namespace oxa::host::testing

@@ -1,0 +1,138 @@
+// Audio through the built bundle, as a host sends it.
+
+#include "HostedPluginSupport.h"
+
+namespace oxa::host::testing
+{
+namespace
+{
+constexpr double kRate = 44100.0;
+constexpr int kBlock = 512;
+
+float rmsAfter(const juce::AudioBuffer<float>& buffer, int channel, int start)
+{
+    const auto length = buffer.getNumSamples() - start;
+    return length > 0 ? buffer.getRMSLevel(channel, start, length) : 0.0f;
+}
+
+void setAll(juce::AudioPluginInstance& plugin, float value)
+{
+    for (auto* parameter : effectParameters(plugin))
+        parameter->setValueNotifyingHost(value);
+}
+} // namespace
+
+TEST(HostedProcessing, ZeroSampleBlockIsHarmless)
+{
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    OfflineRenderer renderer(*plugin, kBlock);
+    ASSERT_EQ(renderer.prepare(kRate, 2), "");
+    const auto latency = plugin->getLatencySamples();
+
+    juce::AudioBuffer<float> empty(2, 0);
+    juce::MidiBuffer midi;
+    midi.addEvent(juce::MidiMessage::noteOn(1, 60, 0.8f), 0);
+    plugin->processBlock(empty, midi);
+    plugin->processBlock(empty, midi);
+
+    // Ordinary blocks still run afterwards.
+    const auto output = renderer.render(makeNoise(2, 4 * kBlock), latency);
+    EXPECT_EQ(output.getNumSamples(), 4 * kBlock + latency);
+    EXPECT_TRUE(allFinite(output));
+    EXPECT_EQ(plugin->getLatencySamples(), latency);
+}
+
+TEST(HostedProcessing, MonoInputGivesTwoEqualOutputChannels)
+{
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    OfflineRenderer renderer(*plugin, kBlock);
+    ASSERT_EQ(renderer.prepare(kRate, 1), "");
+    ASSERT_EQ(plugin->getMainBusNumInputChannels(), 1);
+    ASSERT_EQ(renderer.outputChannels(), 2);
+
+    const auto latency = plugin->getLatencySamples();
+    const auto output = renderer.render(makeNoise(1, (int) (0.3 * kRate)), latency);
+    ASSERT_EQ(output.getNumChannels(), 2);
+
+    // Both channels see the same input; only the tape hiss, -80 dB by default, may differ.
+    float largestDifference = 0.0f;
+    for (int i = 0; i < output.getNumSamples(); ++i)
+        largestDifference = std::max(largestDifference, std::abs(output.getSample(0, i) - output.getSample(1, i)));
+
+    EXPECT_LT(largestDifference, 1.0e-3f);
+    EXPECT_GT(rmsAfter(output, 0, latency), 0.01f) << "the mono input must come out, not silence";
+    EXPECT_GT(rmsAfter(output, 1, latency), 0.01f);
+}
+
+TEST(HostedProcessing, StereoChannelsStayApart)
+{
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    OfflineRenderer renderer(*plugin, kBlock);
+    ASSERT_EQ(renderer.prepare(kRate, 2), "");
+    const auto latency = plugin->getLatencySamples();
+
+    // Noise on the left only: the right output must stay near silence, the left must not.
+    auto input = makeNoise(2, (int) (0.3 * kRate));
+    input.clear(1, 0, input.getNumSamples());
+    const auto output = renderer.render(input, latency);
+
+    EXPECT_GT(rmsAfter(output, 0, latency), 0.01f);
+    EXPECT_LT(rmsAfter(output, 1, 0), 1.0e-3f) << "left input leaks into the right output";
+}
+
+TEST(HostedProcessing, ExtremeAndInvalidParameterValuesKeepTheOutputFinite)
+{
+    for (auto extreme : { 0.0f, 1.0f })
+    {
+        auto plugin = loadBuiltPlugin(kRate, kBlock);
+        ASSERT_NE(plugin, nullptr);
+        OfflineRenderer renderer(*plugin, kBlock);
+        ASSERT_EQ(renderer.prepare(kRate, 2), "");
+
+        setAll(*plugin, extreme);
+        const auto output = renderer.render(makeNoise(2, (int) (0.5 * kRate)), plugin->getLatencySamples());
+        EXPECT_TRUE(allFinite(output)) << "every parameter at " << extreme;
+    }
+
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    OfflineRenderer renderer(*plugin, kBlock);
+    ASSERT_EQ(renderer.prepare(kRate, 2), "");
+
+    for (auto* parameter : effectParameters(*plugin))
+    {
+        parameter->setValueNotifyingHost(std::numeric_limits<float>::quiet_NaN());
+        parameter->setValueNotifyingHost(std::numeric_limits<float>::infinity());
+    }
+
+    const auto output = renderer.render(makeNoise(2, (int) (0.3 * kRate)), plugin->getLatencySamples());
+    EXPECT_TRUE(allFinite(output)) << "after NaN and infinite parameter writes";
+}
+
+TEST(HostedProcessing, LowLatencyModeTellsTheHostItsShorterLatency)
+{
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    OfflineRenderer renderer(*plugin, kBlock);
+    ASSERT_EQ(renderer.prepare(kRate, 2), "");
+    ASSERT_EQ(plugin->getLatencySamples(), 2646);
+
+    auto* lowLatency = findParameter(*plugin, "Low Latency Mode");
+    ASSERT_NE(lowLatency, nullptr);
+
+    const auto waitForLatency = [&](int expected) {
+        for (int attempt = 0; attempt < 20 && plugin->getLatencySamples() != expected; ++attempt)
+            settle(*plugin, renderer);
+        return plugin->getLatencySamples();
+    };
+
+    lowLatency->setValueNotifyingHost(1.0f);
+    EXPECT_EQ(waitForLatency(441), 441);
+
+    lowLatency->setValueNotifyingHost(0.0f);
+    EXPECT_EQ(waitForLatency(2646), 2646);
+}
+} // namespace oxa::host::testing

@@ -1,0 +1,163 @@
+// Saving and restoring the plug-in's state through the host, as a DAW project does.
+
+#include "HostedPluginSupport.h"
+
+namespace oxa::host::testing
+{
+namespace
+{
+constexpr double kRate = 48000.0;
+constexpr int kBlock = 256;
+
+/** An instance prepared for stereo, with its renderer. */
+struct PreparedPlugin
+{
+    std::unique_ptr<juce::AudioPluginInstance> plugin;
+    std::unique_ptr<OfflineRenderer> renderer;
+
+    static PreparedPlugin create()
+    {
+        PreparedPlugin prepared;
+        prepared.plugin = loadBuiltPlugin(kRate, kBlock);
+        if (prepared.plugin != nullptr)
+        {
+            prepared.renderer = std::make_unique<OfflineRenderer>(*prepared.plugin, kBlock);
+            EXPECT_EQ(prepared.renderer->prepare(kRate, 2), "");
+        }
+        return prepared;
+    }
+
+    void settle() { testing::settle(*plugin, *renderer); }
+
+    std::vector<float> values() const
+    {
+        std::vector<float> result;
+        for (auto* parameter : effectParameters(*plugin))
+            result.push_back(parameter->getValue());
+        return result;
+    }
+
+    juce::MemoryBlock state() const
+    {
+        juce::MemoryBlock chunk;
+        plugin->getStateInformation(chunk);
+        return chunk;
+    }
+
+    void restore(const juce::MemoryBlock& chunk)
+    {
+        plugin->setStateInformation(chunk.getData(), (int) chunk.getSize());
+        settle();
+    }
+};
+
+/** Moves every parameter away from its default, each to a different place. */
+void scatterParameters(juce::AudioPluginInstance& plugin, float offset)
+{
+    auto parameters = effectParameters(plugin);
+    for (int i = 0; i < parameters.size(); ++i)
+        parameters[i]->setValueNotifyingHost(std::fmod(offset + 0.137f * (float) i, 1.0f));
+}
+
+void expectSameValues(const std::vector<float>& actual, const std::vector<float>& expected, const char* when)
+{
+    ASSERT_EQ(actual.size(), expected.size()) << when;
+    for (size_t i = 0; i < actual.size(); ++i)
+        EXPECT_NEAR(actual[i], expected[i], 1.0e-4f) << when << ", parameter " << i;
+}
+
+/** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */
+juce::MemoryBlock withComponentChunk(const juce::MemoryBlock& hostState, const juce::MemoryBlock& chunk)
+{
+    auto xml = juce::AudioProcessor::getXmlFromBinary(hostState.getData(), (int) hostState.getSize());
+    juce::MemoryBlock result;
+    if (xml == nullptr)
+        return result;
+
+    if (auto* component = xml->getChildByName("IComponent"))
+    {
+        component->deleteAllTextElements();
+        component->addTextElement(chunk.toBase64Encoding());
+    }
+
+    juce::AudioProcessor::copyXmlToBinary(*xml, result);
+    return result;
+}
+
+juce::MemoryBlock componentChunkOf(const juce::MemoryBlock& hostState)
+{
+    juce::MemoryBlock chunk;
+    if (auto xml = juce::AudioProcessor::getXmlFromBinary(hostState.getData(), (int) hostState.getSize()))
+        if (auto* component = xml->getChildByName("IComponent"))
+            chunk.fromBase64Encoding(component->getAllSubText());
+    return chunk;
+}
+} // namespace
+
+TEST(HostedState, RoundTripRestoresEveryParameter)
+{
+    auto original = PreparedPlugin::create();
+    ASSERT_NE(original.plugin, nullptr);
+
+    scatterParameters(*original.plugin, 0.05f);
+    original.settle();
+    const auto saved = original.values();
+    const auto chunk = original.state();
+    ASSERT_GT(chunk.getSize(), 0u);
+
+    // Same instance: change everything, then load the saved state back.
+    scatterParameters(*original.plugin, 0.61f);
+    original.settle();
+    original.restore(chunk);
+    expectSameValues(original.values(), saved, "same instance");
+
+    // A fresh instance, as when a project is opened.
+    auto reopened = PreparedPlugin::create();
+    ASSERT_NE(reopened.plugin, nullptr);
+    reopened.restore(chunk);
+    expectSameValues(reopened.values(), saved, "fresh instance");
+
+    // Saving the restored state again gives a state that restores the same values.
+    auto copy = PreparedPlugin::create();
+    ASSERT_NE(copy.plugin, nullptr);
+    copy.restore(reopened.state());
+    expectSameValues(copy.values(), saved, "state of a restored instance");
+}
+
+TEST(HostedState, CorruptChunksLeaveTheCurrentStateInPlace)
+{
+    auto prepared = PreparedPlugin::create();
+    ASSERT_NE(prepared.plugin, nullptr);
+
+    scatterParameters(*prepared.plugin, 0.3f);
+    prepared.settle();
+    const auto before = prepared.values();
+    const auto hostState = prepared.state();
+    const auto chunk = componentChunkOf(hostState);
+
+    juce::MemoryBlock truncated(chunk.getData(), chunk.getSize() / 2);
+    juce::MemoryBlock garbage(300);
+    juce::Random random(5);
+    for (size_t i = 0; i < garbage.getSize(); ++i)
+        garbage[i] = (char) random.nextInt(256);
+    juce::MemoryBlock magicThenGarbage("OXA4\x01\x00\x00\x00\xff\xff\xff\x7f", 12);
+    magicThenGarbage.append(garbage.getData(), 64);
+
+    const std::pair<const char*, juce::MemoryBlock> corruptions[] = {
+        { "truncated chunk", withComponentChunk(hostState, truncated) },
+        { "random bytes", withComponentChunk(hostState, garbage) },
+        { "right magic, absurd length", withComponentChunk(hostState, magicThenGarbage) },
+        { "empty chunk", withComponentChunk(hostState, {}) },
+        { "not even the host's XML", garbage },
+    };
+
+    for (const auto& [what, state] : corruptions)
+    {
+        prepared.restore(state);
+        expectSameValues(prepared.values(), before, what);
+
+        const auto output = prepared.renderer->render(makeNoise(2, 2048), 0);
+        EXPECT_TRUE(allFinite(output)) << what;
+    }
+}
+} // namespace oxa::host::testing

@@ -1,0 +1,100 @@
+#include "host/OfflineRenderer.h"
+
+#include "host/PluginHost.h"
+
+namespace oxa::host
+{
+namespace
+{
+constexpr int kLatencySettleMs = 20;
+}
+
+OfflineRenderer::OfflineRenderer(juce::AudioProcessor& pluginToRun, int maximumBlockSize)
+    : plugin(pluginToRun), blockSize(juce::jmax(1, maximumBlockSize))
+{
+}
+
+bool OfflineRenderer::tryLayout(const juce::AudioChannelSet& in, const juce::AudioChannelSet& out)
+{
+    juce::AudioProcessor::BusesLayout layout;
+    layout.inputBuses.add(in);
+    layout.outputBuses.add(out);
+    return plugin.setBusesLayout(layout);
+}
+
+juce::String OfflineRenderer::prepare(double rate, int inputChannels)
+{
+    if (rate <= 0.0 || !std::isfinite(rate))
+        return "the sample rate must be above 0";
+
+    // Layouts can only change while the plug-in is inactive.
+    plugin.releaseResources();
+
+    const auto mono = juce::AudioChannelSet::mono();
+    const auto stereo = juce::AudioChannelSet::stereo();
+    bool accepted = false;
+
+    if (inputChannels == 1)
+        accepted = tryLayout(mono, stereo) || tryLayout(mono, mono);
+    else if (inputChannels == 2)
+        accepted = tryLayout(stereo, stereo);
+
+    if (!accepted)
+        return "the plug-in takes no layout for " + juce::String(inputChannels) + " input channel(s)";
+
+    inputCount = plugin.getMainBusNumInputChannels();
+    outputCount = plugin.getMainBusNumOutputChannels();
+    sampleRate = rate;
+
+    plugin.setNonRealtime(true);
+    plugin.setRateAndBufferSizeDetails(rate, blockSize);
+    plugin.prepareToPlay(rate, blockSize);
+
+    // The plug-in learns its latency while being activated and reports it back through
+    // the message thread; let that arrive before anyone reads it.
+    PluginHost::pumpMessages(kLatencySettleMs);
+    return {};
+}
+
+juce::AudioBuffer<float> OfflineRenderer::render(const juce::AudioBuffer<float>& input, int extraSamples,
+                                                 const Progress& progress)
+{
+    const auto inputLength = input.getNumSamples();
+    const auto total = inputLength + juce::jmax(0, extraSamples);
+    juce::AudioBuffer<float> output(outputCount, total);
+    output.clear();
+
+    // The plug-in works in place on one buffer wide enough for both buses.
+    juce::AudioBuffer<float> block(juce::jmax(inputCount, outputCount, 1), blockSize);
+    juce::MidiBuffer midi;
+    double processTicks = 0.0;
+
+    for (int start = 0; start < total; start += blockSize)
+    {
+        const auto count = juce::jmin(blockSize, total - start);
+        block.clear();
+
+        const auto fromInput = juce::jlimit(0, count, inputLength - start);
+        for (int channel = 0; channel < inputCount && channel < input.getNumChannels(); ++channel)
+            if (fromInput > 0)
+                block.copyFrom(channel, 0, input, channel, start, fromInput);
+
+        juce::AudioBuffer<float> view(block.getArrayOfWritePointers(), block.getNumChannels(), count);
+        midi.clear();
+
+        const auto before = juce::Time::getHighResolutionTicks();
+        plugin.processBlock(view, midi);
+        processTicks += (double) (juce::Time::getHighResolutionTicks() - before);
+
+        for (int channel = 0; channel < outputCount; ++channel)
+            output.copyFrom(channel, start, view, channel, 0, count);
+
+        if (progress)
+            progress((double) (start + count) / (double) total);
+    }
+
+    lastStats.audioSeconds = (double) total / sampleRate;
+    lastStats.processSeconds = processTicks / (double) juce::Time::getHighResolutionTicksPerSecond();
+    return output;
+}
+} // namespace oxa::host
