@@ -1,5 +1,7 @@
+#include "element/Element.h"
 #include "element/NoteLengths.h"
 #include "element/ParameterMapper.h"
+#include "element/ParameterText.h"
 
 #include <gtest/gtest.h>
 
@@ -89,7 +91,6 @@ TEST(LogMapper, GeometricScaleWithAndWithoutOffset)
 
     SyncLogMapper unsynced(0.001f, 1.0f);
     expectBlockMatchesSingle(unsynced);
-    EXPECT_FLOAT_EQ(mapped(unsynced, 0.3f), mapped(m, 0.3f));
 }
 
 TEST(CurveMapper, ShapeAndPointConstructors)
@@ -141,11 +142,7 @@ TEST(FilterFreqMapper, PitchScaleAnchoredAtA440)
     EXPECT_NEAR(mapped(m, 69.0f / m.scale), 440.0f, 1e-2f);
     // One octave is twelve steps of the scale, whatever the lower bound says.
     EXPECT_NEAR(mapped(m, 81.0f / m.scale), 880.0f, 2e-2f);
-    for (int i = 1; i <= 10; ++i)
-    {
-        const float n = 0.1f * (float) i;
-        EXPECT_NEAR(unmapped(m, mapped(m, n)), n, 2e-5f);
-    }
+    expectRoundTrip(m, 2e-5f);
 }
 
 TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
@@ -164,17 +161,6 @@ TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
     ConformalMapper wide(20.0f, 2000.0f, 200.0f);
     EXPECT_NEAR(mapped(wide, 0.5f), 200.0f, 1e-3f);
     expectRoundTrip(wide, 1e-5f);
-}
-
-TEST(DummyMapper, TouchesNothing)
-{
-    DummyMapper m;
-    EXPECT_GT(m.min, m.max);
-    EXPECT_FLOAT_EQ(mapped(m, 0.37f), 0.37f);
-    EXPECT_FLOAT_EQ(unmapped(m, 123.0f), 123.0f);
-    float block[3] = {1.0f, 2.0f, 3.0f};
-    m.mapBlock(nullptr, block, 3);
-    EXPECT_FLOAT_EQ(block[2], 3.0f);
 }
 
 TEST(NoteTable, NormalisedToIndexRoundsAndClamps)
@@ -209,9 +195,7 @@ TEST(NoteTable, LengthToIndexThresholds)
 
 TEST(NoteTable, TextsAndOutOfTableRows)
 {
-    EXPECT_STREQ(noteText(0), "32x");
     EXPECT_STREQ(noteText(17), "1/8 dot");
-    EXPECT_STREQ(noteText(29), "1/64 tri");
     EXPECT_STREQ(noteText(30), "");
     EXPECT_STREQ(noteText(-1), "");
     EXPECT_FLOAT_EQ(noteLength(30), 0.0f);
@@ -234,4 +218,105 @@ TEST(NoteTable, NearestLengthBelowForRateSwitching)
     EXPECT_FLOAT_EQ(nearestNoteLengthBelow(std::nanf("")), 0.041666668f);
     for (int i = 0; i < lastNoteIndex; ++i)
         EXPECT_FLOAT_EQ(nearestNoteLengthBelow(noteLength(i)), noteLength(i)) << noteText(i);
+}
+
+namespace
+{
+// An element whose only parameter is the host-sync switch, or none at all.
+class SyncProbe : public Element
+{
+public:
+    explicit SyncProbe(bool withSwitch) : Element("SyncProbe", "Probe")
+    {
+        if (withSwitch)
+            addParameters({}, {}, {new ParameterInfo<bool>(switchId(), this, &SyncProbe::synced, &SyncProbe::setSynced)});
+    }
+
+    static uint32_t switchId()
+    {
+        static const uint32_t id =
+            ParameterRegistry::instance().registerBool(ParameterDescription<bool>("SyncToHost", false, false, true));
+        return id;
+    }
+
+    void sync(bool on) { setBoolParameter(switchId(), on); }
+    bool synced() const { return on; }
+    void setSynced(bool value) { on = value; }
+
+    bool on = false;
+};
+} // namespace
+
+TEST(SyncedOwner, MappersSwitchToTheNoteTable)
+{
+    SyncProbe probe(true);
+    SyncLinearParameterMapper linear(0.0f, 10.0f);
+    SyncLogMapper log(0.01f, 10.0f);
+    float n = 0.5f;
+    linear.map(&probe, n);
+    EXPECT_FLOAT_EQ(n, 5.0f);
+    EXPECT_FALSE(syncsToHost(&probe));
+
+    probe.sync(true);
+    ASSERT_TRUE(syncsToHost(&probe));
+    for (const ParameterMapper* m : {(const ParameterMapper*) &linear, (const ParameterMapper*) &log})
+    {
+        float v = 0.5f;
+        m->map(&probe, v);
+        EXPECT_FLOAT_EQ(v, 1.3333334f);
+        v = -2.0f;
+        m->map(&probe, v);
+        EXPECT_FLOAT_EQ(v, 128.0f);
+        v = 3.0f;
+        m->map(&probe, v);
+        EXPECT_FLOAT_EQ(v, 0.041666668f);
+        // A length in no row snaps to the first row it reaches: 1.4 beats is "1/2 tri".
+        v = 1.4f;
+        m->unmap(&probe, v);
+        EXPECT_FLOAT_EQ(v, 15.0f * 0.03448276f);
+
+        float block[7];
+        for (int i = 0; i < 7; ++i)
+            block[i] = noteNormalisedOfIndex(4 * i + 1);
+        m->mapBlock(&probe, block, 7);
+        for (int i = 0; i < 7; ++i)
+            EXPECT_FLOAT_EQ(block[i], noteLength(4 * i + 1));
+    }
+
+    probe.sync(false);
+    float v = 0.5f;
+    log.map(&probe, v);
+    EXPECT_NEAR(v, 0.31622776f, 1e-6f);
+}
+
+TEST(SyncedOwner, ElementWithoutTheSwitchIsNeverSynced)
+{
+    SyncProbe bare(false);
+    EXPECT_FALSE(syncsToHost(&bare));
+    SyncLinearParameterMapper m(0.0f, 2.0f);
+    float v = 0.25f;
+    m.map(&bare, v);
+    EXPECT_FLOAT_EQ(v, 0.5f);
+    EXPECT_EQ(floatValueToText(4, 0.0f, 2.0f, 0.5f, &bare), "500 ms");
+}
+
+TEST(SyncedOwner, TextFormsFollowTheSwitch)
+{
+    SyncProbe probe(true);
+    EXPECT_EQ(floatValueToText(6, 0.0f, 2000.0f, 500.0f, &probe), "500 ms");
+    probe.sync(true);
+    EXPECT_EQ(floatValueToText(6, 0.0f, 2000.0f, 0.5f, &probe), "1/8");
+    EXPECT_EQ(floatValueToText(5, 0.0f, 2000.0f, 0.5f, &probe), "500 us");
+
+    float v = 0.0f;
+    EXPECT_TRUE(floatTextToValue(8, 0.1f, 20.0f, String("1/4"), &probe, v));
+    EXPECT_FLOAT_EQ(v, 16.0f);
+    EXPECT_FALSE(floatTextToValue(8, 0.1f, 20.0f, String("5 Hz"), &probe, v));
+    EXPECT_TRUE(floatTextToValue(7, 0.1f, 20.0f, String("5 Hz"), &probe, v));
+    EXPECT_FLOAT_EQ(v, 5.0f);
+
+    int i = 0;
+    EXPECT_TRUE(intTextToValue(String("-17"), i));
+    EXPECT_EQ(i, -17);
+    EXPECT_EQ(intValueToText(16, 61), "C#3");
 }
