@@ -6,6 +6,7 @@
 
 #include "tape/LfoWaveform.h"
 #include "tape/TapeDeck.h"
+#include "tape/TapeTanh.h"
 
 #include <cmath>
 #include <cstdint>
@@ -110,7 +111,7 @@ public:
             r += feedbackGain * TapeHead::readAt(outRing, ringLength, writeIndex, feedbackDelay);
         }
 
-        const double saturated = std::tanh(r * driveGain * 0.01) * 100.0;
+        const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         if (ramping)
             makeup = deck.makeupRamp.value();
         deck.recordHead.noiseLevel = makeup * noiseGain;

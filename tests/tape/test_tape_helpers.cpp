@@ -3,11 +3,13 @@
 #include "tape/LfoWaveform.h"
 #include "tape/LinearRamp.h"
 #include "tape/RandomPair.h"
+#include "tape/TapeTanh.h"
 #include "tape/TransportGenerator.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <vector>
 
 namespace oxa
@@ -24,6 +26,24 @@ TEST(Decibels, ConvertBothWaysWithTheirFloorAtSilence)
     EXPECT_EQ(linearToDb(0.0f), -400.0f);
     EXPECT_EQ(linearToDb(9e-21f), -400.0f);
     EXPECT_EQ(linearToDb(std::nanf("")), -400.0f);
+}
+
+TEST(TapeTanh, RoundsWithinAnUlpOfTheExactValue)
+{
+    std::mt19937_64 rng(1);
+    std::uniform_real_distribution<double> small(-0.0625, 0.0625);
+    for (int i = 0; i < 500000; ++i)
+    {
+        const double x = i < 100000 ? small(rng) * std::pow(10.0, -(i % 12)) : small(rng);
+        const long double exact = std::tanh(static_cast<long double>(x));
+        const double ulp = std::nextafter(std::fabs(static_cast<double>(exact)), 1.0)
+                           - std::fabs(static_cast<double>(exact));
+        ASSERT_LE(std::fabs(static_cast<long double>(tapeTanh(x)) - exact), 0.6L * ulp) << x;
+    }
+    EXPECT_EQ(tapeTanh(0.0), 0.0);
+    EXPECT_EQ(tapeTanh(0.07), std::tanh(0.07));
+    EXPECT_EQ(tapeTanh(-3.0), std::tanh(-3.0));
+    EXPECT_TRUE(std::isnan(tapeTanh(std::nan(""))));
 }
 
 TEST(RandomPair, ResetSeedsAreTheDefaultPairAfterOneDraw)
