@@ -1,0 +1,133 @@
+// The processor inside an engine: dry path latency, the live values for the
+// editor, and the monitoring ring itself.
+#include "engine/Engine.h"
+#include "tape/FluxDeckProcessor.h"
+#include "tape/SignalMonitoringFIFO.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+using namespace oxa;
+
+namespace
+{
+struct EngineRig
+{
+    explicit EngineRig(double sampleRate = 44100.0, uint32_t block = 512) : bus(2, block), left(block), right(block)
+    {
+        processor = std::make_shared<FluxDeckProcessor>();
+        engine = std::make_shared<Engine>();
+        engine->addElement(processor);
+        engine->prepare(sampleRate, static_cast<int>(block));
+        engine->setBus(0, &bus);
+        context.setSampleRate(static_cast<float>(sampleRate));
+    }
+
+    void render(uint32_t n)
+    {
+        float* channels[] = {left.data(), right.data()};
+        bus.setChannels(channels);
+        engine->processEvents(context, events, n);
+        engine->render(context, n);
+        events.clear();
+        context.endOfBlock(n);
+    }
+
+    AudioBus bus;
+    std::vector<float> left, right;
+    std::shared_ptr<FluxDeckProcessor> processor;
+    std::shared_ptr<Engine> engine;
+    RenderContext context;
+    EventList events;
+};
+
+float testSignal(std::size_t i) { return 0.5f * std::sin(0.013f * static_cast<float>(i)) + 0.001f * (i % 7); }
+} // namespace
+
+TEST(ProcessorRender, DryMixIsTheInputDelayedBySixtyMilliseconds)
+{
+    EngineRig rig;
+    rig.processor->setFloatParameter(FluxDeckProcessor::ids().mix, 0.0f);
+    const uint32_t block = 512, blocks = 12, latency = 2646;
+    std::vector<float> in, outLeft, outRight;
+    for (uint32_t b = 0; b < blocks; ++b)
+    {
+        for (uint32_t i = 0; i < block; ++i)
+        {
+            const float x = testSignal(in.size());
+            in.push_back(x);
+            rig.left[i] = x;
+            rig.right[i] = -x;
+        }
+        rig.render(block);
+        outLeft.insert(outLeft.end(), rig.left.begin(), rig.left.end());
+        outRight.insert(outRight.end(), rig.right.begin(), rig.right.end());
+    }
+    for (uint32_t i = 0; i < latency; ++i)
+        ASSERT_EQ(outLeft[i], 0.0f) << i;
+    for (std::size_t i = latency; i < outLeft.size(); ++i)
+    {
+        ASSERT_NEAR(outLeft[i], in[i - latency], 1e-6f) << i;
+        ASSERT_NEAR(outRight[i], -in[i - latency], 1e-6f) << i;
+    }
+}
+
+TEST(ProcessorRender, WetOutputStaysFiniteAndFeedsTheEditor)
+{
+    EngineRig rig;
+    auto monitor = rig.processor->getMonitor();
+    ASSERT_EQ(monitor->capacity(), 44100u);
+    EXPECT_EQ(rig.processor->getMonitor(), monitor); // made once
+    rig.processor->setFloatParameter(FluxDeckProcessor::ids().wowMod, 1.0f);
+    for (int b = 0; b < 20; ++b)
+    {
+        for (uint32_t i = 0; i < 512; ++i)
+            rig.left[i] = rig.right[i] = testSignal(b * 512 + i);
+        rig.render(512);
+        for (uint32_t i = 0; i < 512; ++i)
+            ASSERT_TRUE(std::isfinite(rig.left[i]));
+    }
+    EXPECT_EQ(monitor->available(), 20u * 512u);
+    std::vector<float> speed(20 * 512);
+    monitor->read(speed.data(), static_cast<uint32_t>(speed.size()));
+    float largest = 0.0f;
+    for (float v : speed)
+        largest = std::max(largest, std::fabs(v));
+    EXPECT_GT(largest, 0.0f); // wow moves the tape
+    const float position = rig.processor->flangePosition.load();
+    EXPECT_GE(position, -1.0f);
+    EXPECT_LE(position, 1.0f);
+}
+
+TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLags)
+{
+    SignalMonitoringFIFO ring;
+    EXPECT_EQ(ring.available(), 0u);
+    ring.append(nullptr, 4); // no capacity yet, nothing happens
+    ring.setCapacity(8);
+    const float first[] = {1, 2, 3, 4, 5};
+    const float second[] = {6, 7, 8, 9, 10, 11};
+    ring.append(first, 5);
+    float out[16] = {};
+    ASSERT_EQ(ring.read(out, 2), 2u);
+    EXPECT_EQ(out[0], 1.0f);
+    EXPECT_EQ(out[1], 2.0f);
+
+    ring.append(second, 6); // overtakes the reader: 3 is lost
+    ASSERT_EQ(ring.available(), 7u);
+    ASSERT_EQ(ring.read(out, 16), 7u);
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(out[i], static_cast<float>(5 + i));
+
+    const float many[] = {20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30};
+    ring.append(many, 11); // more than fits: only the newest seven stay
+    ASSERT_EQ(ring.read(out, 16), 7u);
+    EXPECT_EQ(out[0], 24.0f);
+    EXPECT_EQ(out[6], 30.0f);
+
+    ring.append(first, 3);
+    ring.clear();
+    EXPECT_EQ(ring.available(), 0u);
+}
