@@ -20,12 +20,73 @@ FluxDeckPlugin::FluxDeckPlugin()
     newEngine->addElement(processor);
     setEngine(newEngine);
 
+    const String fxPath("/FluxDeck");
+    const uint32_t lowLatencyId = processor->parameterId("ApplyLowLatency");
+    lowLatencyWatcher = std::make_unique<ElementParameterValue<bool>>(
+        getProxy(), fxPath, lowLatencyId, [this](bool) { latencyForwarder.fire(); });
+
+    for (const HostParameter& p : hostParameters())
+        exportParameter(fxPath, String(p.name), String(p.label), String());
+
     markLoaded();
 }
 
 FluxDeckPlugin::~FluxDeckPlugin()
 {
+    lowLatencyWatcher.reset();
     latencyForwarder.disconnect(this);
+}
+
+const std::vector<FluxDeckPlugin::HostParameter>& FluxDeckPlugin::hostParameters()
+{
+    static const std::vector<HostParameter> list {
+        {"SyncToHost", "SyncToHost"},
+        {"ApplyRecordHead", "Apply Tape Simulation"},
+        {"MagneticHardness", "Magnetic Hardness"},
+        {"Hysteresis", "Magnetic Resistance"},
+        {"NoiseGain", "Noise Gain"},
+        {"ApplyNoiseGate", "Apply Noise Gate"},
+        {"DegradeDepth", "Demagnetization Depth"},
+        {"DegradeRate", "Demagnetization Rate"},
+        {"ApplyPlayheadFilter", "Apply Playback Filter"},
+        {"Spacing", "Spacing"},
+        {"Thickness", "Thickness"},
+        {"Azimuth", "Azimuth"},
+        {"TrackWidthRatio", "Width"},
+        {"Speed", "Tape Speed"},
+        {"ApplyTransport", "Apply Transport Modulations"},
+        {"ApplyLowLatency", "Low Latency Mode"},
+        {"WowMod", "Wow Depth"},
+        {"WowRate", "Wow Rate"},
+        {"FlutterMod", "Flutter Depth"},
+        {"FlutterRate", "Flutter Rate"},
+        {"NoiseSync", "Random Channel Unsync"},
+        {"NoiseMod", "Random Depth"},
+        {"NoiseRate", "Random Rate"},
+        {"Delay", "Delay"},
+        {"ApplyFeedbackCompensation", "Compensate Feedback"},
+        {"Feedback", "Feedback"},
+        {"Drive", "Drive"},
+        {"InputGain", "Input Gain"},
+        {"OutputGain", "Output Gain"},
+        {"Mix", "Mix"},
+        {"MaxRelativeDelay", "Flange Depth"},
+        {"RelativeDelay", "Manual Flange"},
+        {"Fade", "Fade"},
+        {"PhaseInvert", "Phase Invert"},
+        {"FlangeMode", "Flange Mode"},
+        {"LFOFreq", "LFO Rate"},
+        {"LFOPhase", "LFO Phase"},
+        {"LFOShape", "LFO Shape"},
+        {"LFOSymmetry", "LFO Symmetry"},
+        {"LFOSwing", "LFO Swing"},
+        {"ApplyCompander", "Apply Compander"},
+        {"NoiseReductionEncoder", "Noise Reduction Encoder"},
+        {"NoiseReductionDecoder", "Noise Reduction Decoder"},
+        {"NRLink", "Link NR Encoder and Decoder"},
+        {"OutputPad", "Output Pad"},
+    };
+    return list;
 }
 
 bool FluxDeckPlugin::isBusesLayoutSupported(const BusesLayout& layouts) const

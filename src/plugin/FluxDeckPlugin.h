@@ -2,6 +2,7 @@
 // The product: a tree of Engine and the tape processor at "/FluxDeck".
 
 #include "element/AsyncUpdateForwarder.h"
+#include "element/ElementView.h"
 #include "plugin/Plugin.h"
 
 namespace oxa
@@ -25,9 +26,18 @@ public:
     /** The latency in samples for a sample rate and mode, as reported to the host. */
     static int latencyFor(double sampleRate, bool lowLatency);
 
+    /** The host's list: (target parameter name, name shown while unbound), in slot order. */
+    struct HostParameter
+    {
+        const char* name;
+        const char* label;
+    };
+    static const std::vector<HostParameter>& hostParameters();
+
 private:
     void markLoaded();
 
+    std::unique_ptr<ElementParameterValue<bool>> lowLatencyWatcher;
     AsyncUpdateForwarder latencyForwarder;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true); // lets queued calls see a destroyed plug-in
 };

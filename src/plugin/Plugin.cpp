@@ -1,4 +1,6 @@
 #include "plugin/Plugin.h"
+#include "element/ParameterRegistry.h"
+#include "plugin/ExportedPluginParameter.h"
 
 #include <tinyxml2.h>
 
@@ -31,11 +33,25 @@ void Plugin::setEngine(const std::shared_ptr<Engine>& newEngine)
 {
     if (newEngine == nullptr)
     {
+        for (ExportedPluginParameter* p : slots)
+        {
+            p->unbindSlot(false);
+            p->detachFromProxy();
+        }
+        slotOfTarget.clear();
+        proxy.reset();
         engine.reset();
         return;
     }
+    // the old tree stays alive until every watcher has moved over to the new one
+    std::shared_ptr<Engine> previous = std::move(engine);
     engine = newEngine;
     engine->setAutomation(this);
+    if (proxy == nullptr)
+        proxy = std::make_unique<EngineProxy>(this, engine.get(), true);
+    else
+        proxy->setEngine(engine.get());
+    previous.reset();
 }
 
 bool Plugin::isBusesLayoutSupported(const BusesLayout& layouts) const
@@ -273,12 +289,170 @@ int32_t Plugin::queryIAudioProcessor(const Steinberg::TUID, void** obj)
     return -1;
 }
 
-// Host parameter bindings and the state chunk arrive with the host parameters and
-// the persistence of the tree; until then nothing is bound and no state is kept.
-bool Plugin::bind(const AutomationTarget&, const String&) { return false; }
-void Plugin::unbind(const AutomationTarget&) {}
-bool Plugin::save(tinyxml2::XMLElement*) { return false; }
-void Plugin::load(const tinyxml2::XMLElement*) {}
+ExportedPluginParameter* Plugin::exportParameter(const String& path, uint32_t id, const String& displayName,
+                                                 bool)
+{
+    const String parameterName = ParameterRegistry::instance().nameOf(id);
+    return exportParameter(path, parameterName, parameterName, displayName);
+}
+
+ExportedPluginParameter* Plugin::exportParameter(const String& path, const String& parameterName,
+                                                 const String& defaultName, const String& displayName)
+{
+    auto* p = exportParameter(defaultName);
+    slotOfTarget[{path, parameterName}] = p->slotIndex();
+    p->setTarget(path, parameterName, displayName);
+    return p;
+}
+
+ExportedPluginParameter* Plugin::exportParameter(const String& defaultName)
+{
+    auto* p = new ExportedPluginParameter(*this, proxy.get(), (unsigned) slots.size(), defaultName);
+    slots.push_back(p);
+    addParameter(p);
+    return p;
+}
+
+ExportedPluginParameter* Plugin::parameterAt(size_t index) const
+{
+    return index < slots.size() ? slots[index] : nullptr;
+}
+
+void Plugin::bindSlot(size_t index, const AutomationTarget& target, const String& displayName)
+{
+    if (index >= slots.size())
+        return;
+    slotOfTarget[{target.path, target.parameterName}] = index;
+    slots[index]->setTarget(target.path, target.parameterName, displayName);
+}
+
+void Plugin::unbindSlot(size_t index, bool tellHost)
+{
+    if (index >= slots.size())
+        return;
+    ExportedPluginParameter* p = slots[index];
+    for (auto it = slotOfTarget.begin(); it != slotOfTarget.end();)
+        it = it->second == index ? slotOfTarget.erase(it) : std::next(it);
+    p->unbindSlot(tellHost);
+}
+
+std::optional<size_t> Plugin::findSlot(const String& path, uint32_t id) const
+{
+    for (size_t i = 0; i < slots.size(); ++i)
+        if (slots[i]->isBound() && slots[i]->parameterId() == id && slots[i]->targetPath() == path)
+            return i;
+    return std::nullopt;
+}
+
+namespace
+{
+bool elementHasParameter(EngineProxy* proxy, const AutomationTarget& target)
+{
+    if (proxy == nullptr || target.path.isEmpty() || target.parameterName.isEmpty())
+        return false;
+    Element* e = proxy->acquireProxy(target.path);
+    return e != nullptr && e->parameterId(target.parameterName.c_str()) != 0;
+}
+} // namespace
+
+bool Plugin::bind(const AutomationTarget& target, const String& displayName)
+{
+    const std::pair<String, String> key {target.path, target.parameterName};
+    auto known = slotOfTarget.find(key);
+    if (known != slotOfTarget.end())
+    {
+        const ExportedPluginParameter* p = slots[known->second];
+        if (p->targetPath() == target.path && p->targetName() == target.parameterName)
+            return false;
+        slotOfTarget.erase(known);
+    }
+    if (!elementHasParameter(proxy.get(), target))
+        return false;
+
+    // a slot that held this target before gets it back, so host automation lanes stay put
+    for (size_t i = 0; i < slots.size(); ++i)
+    {
+        ExportedPluginParameter* p = slots[i];
+        if (p->targetPath().isEmpty() && p->lastTargetPath() == target.path
+            && p->lastTargetName() == target.parameterName)
+        {
+            bindSlot(i, target, displayName);
+            return true;
+        }
+    }
+    for (size_t n = 0; n < slots.size(); ++n)
+    {
+        const size_t i = (roundRobin + n) % slots.size();
+        if (slots[i]->targetPath().isEmpty())
+        {
+            bindSlot(i, target, displayName);
+            roundRobin = (i + 1) % slots.size();
+            return true;
+        }
+    }
+    return false;
+}
+
+void Plugin::unbind(const AutomationTarget& target)
+{
+    auto known = slotOfTarget.find({target.path, target.parameterName});
+    if (known == slotOfTarget.end())
+        return;
+    const size_t index = known->second;
+    slotOfTarget.erase(known);
+    slots[index]->unbindSlot(false);
+    updateHostDisplay(ChangeDetails().withParameterInfoChanged(true));
+}
+
+bool Plugin::save(tinyxml2::XMLElement* node)
+{
+    if (node == nullptr)
+        return false;
+    bool wrote = false;
+    for (ExportedPluginParameter* p : slots)
+    {
+        if (!p->isBound())
+            continue;
+        tinyxml2::XMLElement* child = node->InsertNewChildElement("AutomationConnection");
+        child->SetAttribute("sourceIndex", p->slotIndex());
+        child->SetAttribute("targetPath", p->targetPath().c_str());
+        child->SetAttribute("parameterName", p->targetName().c_str());
+        child->SetAttribute("parameterDisplayName", p->displayNameOverride().c_str());
+        wrote = true;
+    }
+    return wrote;
+}
+
+void Plugin::load(const tinyxml2::XMLElement* node)
+{
+    for (size_t i = 0; i < slots.size(); ++i)
+        if (!slots[i]->targetPath().isEmpty())
+            slots[i]->unbindSlot(true);
+    slotOfTarget.clear();
+    roundRobin = 0;
+    if (node == nullptr)
+        return;
+    for (const tinyxml2::XMLElement* child = node->FirstChildElement("AutomationConnection"); child != nullptr;
+         child = child->NextSiblingElement("AutomationConnection"))
+    {
+        unsigned index = 0;
+        if (child->QueryUnsignedAttribute("sourceIndex", &index) != tinyxml2::XML_SUCCESS || index >= slots.size())
+            continue;
+        const char* path = child->Attribute("targetPath");
+        const char* name = child->Attribute("parameterName");
+        const char* shown = child->Attribute("parameterDisplayName");
+        AutomationTarget target {String(path != nullptr ? path : ""), String(name != nullptr ? name : "")};
+        if (!elementHasParameter(proxy.get(), target))
+            continue;
+        String displayName(shown != nullptr ? shown : "");
+        if (displayName.isEmpty())
+            displayName = target.parameterName;
+        if (!slots[index]->targetPath().isEmpty())
+            unbindSlot(index, true);
+        bindSlot(index, target, displayName);
+    }
+}
+
 void Plugin::getStateInformation(juce::MemoryBlock&) {}
 void Plugin::setStateInformation(const void*, int) {}
 } // namespace oxa

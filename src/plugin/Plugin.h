@@ -3,6 +3,7 @@
 // adapts the host's buffers, MIDI and play head to the engine and renders it in place.
 
 #include "engine/Engine.h"
+#include "engine/EngineProxy.h"
 #include "engine/HostTransport.h"
 #include "plugin/AutomationParameterInterface.h"
 #include "plugin/HostAudioBlock.h"
@@ -11,7 +12,10 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <atomic>
+#include <map>
 #include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace tinyxml2
@@ -21,6 +25,8 @@ class XMLDocument;
 
 namespace oxa
 {
+class ExportedPluginParameter;
+
 class Plugin : public juce::AudioProcessor, public AutomationParameterInterface, public juce::VST3ClientExtensions
 {
 public:
@@ -67,6 +73,22 @@ public:
     bool save(tinyxml2::XMLElement* node) override;
     void load(const tinyxml2::XMLElement* node) override;
 
+    // ---- host parameter slots ----
+    /** A new slot bound to the parameter with registry id `id` at `path`. */
+    ExportedPluginParameter* exportParameter(const String& path, uint32_t id, const String& displayName,
+                                             bool automatable);
+    /** A new slot bound by parameter name; unbound, it shows `defaultName`. */
+    ExportedPluginParameter* exportParameter(const String& path, const String& parameterName,
+                                             const String& defaultName, const String& displayName);
+    /** A new unbound slot that shows only `defaultName`. */
+    ExportedPluginParameter* exportParameter(const String& defaultName);
+    size_t parameterCount() const { return slots.size(); }
+    ExportedPluginParameter* parameterAt(size_t index) const;
+    void bindSlot(size_t index, const AutomationTarget& target, const String& displayName = String());
+    void unbindSlot(size_t index, bool tellHost = true);
+    std::optional<size_t> findSlot(const String& path, uint32_t id) const;
+    EngineProxy* getProxy() const { return proxy.get(); }
+
     // ---- the engine's side ----
     /** Appends an engine event for this block; system messages are dropped. */
     virtual void enqueueHostEvent(uint8_t port, uint8_t channel, uint8_t status, uint8_t data1, uint8_t data2,
@@ -75,7 +97,8 @@ public:
     virtual void renderHostBlock(HostAudioBlock& block);
     virtual void renderEngine(HostAudioBlock& block, int, int);
 
-    /** Takes the engine as the tree's root (null releases it). */
+    /** Takes the engine as the tree's root and (re)binds the proxy; null unbinds every slot,
+        destroys the proxy and releases the engine. */
     void setEngine(const std::shared_ptr<Engine>& engine);
     const std::shared_ptr<Engine>& getEngine() const { return engine; }
     RenderContext& renderContext() { return *context; }
@@ -92,6 +115,10 @@ protected:
 
     const PluginDefinition& definition;
     std::shared_ptr<Engine> engine;
+    std::unique_ptr<EngineProxy> proxy;
+    std::vector<ExportedPluginParameter*> slots; // owned by juce::AudioProcessor
+    std::map<std::pair<String, String>, size_t> slotOfTarget;
+    size_t roundRobin = 0;
     std::unique_ptr<AudioBus> mainBus;
     std::vector<std::shared_ptr<AudioBus>> auxBuses;
     HostAudioBlock hostBlock;

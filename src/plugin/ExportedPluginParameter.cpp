@@ -1,0 +1,333 @@
+#include "plugin/ExportedPluginParameter.h"
+#include "element/ParameterRegistry.h"
+#include "engine/EngineProxy.h"
+#include "plugin/Plugin.h"
+
+#include <cmath>
+
+namespace oxa
+{
+namespace
+{
+juce::String cut(const String& text, int maximumLength)
+{
+    return juce::String::fromUTF8(text.c_str()).substring(0, std::max(maximumLength, 0));
+}
+
+float intRangeNormalise(int value, int min, int max)
+{
+    return max > min ? (float) (value - min) / (float) (max - min) : 0.0f;
+}
+
+int intFromNormalised(float v, int min, int max)
+{
+    return (int) std::floor((float) min + (float) (max - min) * v + 0.5f);
+}
+} // namespace
+
+ExportedPluginParameter::ExportedPluginParameter(Plugin& owner, EngineProxy* proxy, unsigned slotIndex,
+                                                 const String& defaultName)
+    : SimpleElementView(proxy, String()),
+      juce::AudioProcessorParameter(1),
+      plugin(owner),
+      displayName(defaultName),
+      defaultName(defaultName),
+      slot(slotIndex)
+{
+}
+
+ExportedPluginParameter::~ExportedPluginParameter()
+{
+    cancelPendingUpdate();
+    detachFromProxy();
+}
+
+void ExportedPluginParameter::detachFromProxy()
+{
+    cancelPendingUpdate();
+    dropBinding();
+    SimpleElementView::detachFromProxy();
+}
+
+void ExportedPluginParameter::setTarget(const String& newPath, const String& newName, const String& newDisplayName)
+{
+    cancelPendingUpdate();
+    dropBinding();
+    path = newPath;
+    name = newName;
+    displayName = newDisplayName;
+    watch(newPath); // reports the element at once when it exists
+}
+
+void ExportedPluginParameter::unbindSlot(bool notifyHost)
+{
+    cancelPendingUpdate();
+    lastPath = path;
+    lastName = name;
+    dropBinding();
+    stopWatching();
+    path = String();
+    name = String();
+    displayName = defaultName;
+    if (notifyHost)
+        tellHost();
+}
+
+void ExportedPluginParameter::elementChanged(const String&)
+{
+    dropBinding();
+    tryBind(true);
+}
+
+void ExportedPluginParameter::dropBinding()
+{
+    if (listening && proxy != nullptr)
+        proxy->removeParameterChangeListener(this, path, id.load());
+    listening = false;
+    bound.store(false);
+    parameterKind.store(ParameterKind::Invalid);
+    description.store(nullptr);
+}
+
+void ExportedPluginParameter::tryBind(bool fromAppearance)
+{
+    Element* e = getElement();
+    if (bound.load())
+        return;
+    if (e == nullptr || name.isEmpty())
+    {
+        changed();
+        tellHost();
+        return;
+    }
+    const ParameterRegistry& registry = ParameterRegistry::instance();
+    const unsigned found = e->parameterId(name.c_str());
+    if (!registry.isKnown(found))
+    {
+        // the element may still be declaring its parameters: look again on the message thread
+        if (fromAppearance)
+            triggerAsyncUpdate();
+        else
+        {
+            changed();
+            tellHost();
+        }
+        return;
+    }
+
+    const ParameterKind k = registry.kindOf(found);
+    ParameterInfoBase* info = e->findInfo(found);
+    if (info != nullptr && info->kind() == k)
+    {
+        const ParameterDescriptionBase* d = info->description();
+        switch (k)
+        {
+            case ParameterKind::Float:
+            {
+                auto* f = static_cast<const ParameterDescription<float>*>(d);
+                defaultValue = f->unmap(e, f->defaultValue);
+                break;
+            }
+            case ParameterKind::Int:
+            {
+                auto* i = static_cast<const ParameterDescription<int>*>(d);
+                defaultValue = intRangeNormalise(i->defaultValue, i->min, i->max);
+                break;
+            }
+            case ParameterKind::Bool:
+                defaultValue = static_cast<const ParameterDescription<bool>*>(d)->defaultValue ? 1.0f : 0.0f;
+                break;
+            default: defaultValue = 0.0f; break;
+        }
+        id.store(found);
+        description.store(d);
+        parameterKind.store(k);
+        bound.store(true);
+        listening = true;
+        proxy->addParameterChangeListener(this, path, found,
+                                          [this](Element* from, unsigned changedId) { parameterChanged(from, changedId); });
+    }
+    changed();
+    tellHost();
+}
+
+void ExportedPluginParameter::tellHost()
+{
+    plugin.updateHostDisplay(juce::AudioProcessor::ChangeDetails().withParameterInfoChanged(true));
+}
+
+void ExportedPluginParameter::parameterChanged(Element* from, unsigned changedId)
+{
+    if (from == nullptr || from != getElement() || changedId != id.load() || ignoreOwnWrite.load())
+        return;
+    sendValueChangedMessageToListeners(getValue());
+}
+
+float ExportedPluginParameter::normalise(Element& e) const
+{
+    const ParameterDescriptionBase* d = description.load();
+    const unsigned pid = id.load();
+    switch (parameterKind.load())
+    {
+        case ParameterKind::Float:
+            return static_cast<const ParameterDescription<float>*>(d)->unmap(&e, e.floatParameter(pid));
+        case ParameterKind::Int:
+        {
+            auto* i = static_cast<const ParameterDescription<int>*>(d);
+            return intRangeNormalise(e.intParameter(pid), i->min, i->max);
+        }
+        case ParameterKind::Bool: return e.boolParameter(pid) ? 1.0f : 0.0f;
+        default: return 0.0f;
+    }
+}
+
+float ExportedPluginParameter::getValue() const
+{
+    Element* e = getElement();
+    if (!bound.load() || e == nullptr || description.load() == nullptr)
+        return unboundValue.load();
+    return normalise(*e);
+}
+
+void ExportedPluginParameter::setValue(float v)
+{
+    if (!std::isfinite(v))
+        return; // a broken host value never reaches the element
+    v = juce::jlimit(0.0f, 1.0f, v);
+    ignoreOwnWrite.store(true);
+    Element* e = getElement();
+    const ParameterDescriptionBase* d = description.load();
+    if (!bound.load() || e == nullptr || d == nullptr)
+        unboundValue.store(v);
+    else
+    {
+        const unsigned pid = id.load();
+        switch (parameterKind.load())
+        {
+            case ParameterKind::Float:
+            {
+                const float plain = static_cast<const ParameterDescription<float>*>(d)->map(e, v);
+                if (std::isfinite(plain) && plain != e->floatParameter(pid))
+                    e->setFloatParameter(pid, plain, true);
+                break;
+            }
+            case ParameterKind::Int:
+            {
+                auto* i = static_cast<const ParameterDescription<int>*>(d);
+                const int plain = intFromNormalised(v, i->min, i->max);
+                if (plain != e->intParameter(pid))
+                    e->setIntParameter(pid, plain, true);
+                break;
+            }
+            case ParameterKind::Bool:
+            {
+                const bool plain = v > 0.5f;
+                if (plain != e->boolParameter(pid))
+                    e->setBoolParameter(pid, plain, true);
+                break;
+            }
+            default: break;
+        }
+    }
+    ignoreOwnWrite.store(false);
+}
+
+juce::String ExportedPluginParameter::getName(int maximumStringLength) const
+{
+    if (!bound.load())
+        return cut(defaultName, maximumStringLength);
+    if (!displayName.isEmpty())
+        return cut(displayName, maximumStringLength);
+    const ParameterDescriptionBase* d = description.load();
+    return cut(d != nullptr ? d->displayName : name, maximumStringLength);
+}
+
+int ExportedPluginParameter::getNumSteps() const
+{
+    if (bound.load())
+    {
+        if (parameterKind.load() == ParameterKind::Int)
+        {
+            auto* i = static_cast<const ParameterDescription<int>*>(description.load());
+            return i->max - i->min + 1;
+        }
+        if (parameterKind.load() == ParameterKind::Bool)
+            return 2;
+    }
+    return juce::AudioProcessor::getDefaultNumParameterSteps();
+}
+
+bool ExportedPluginParameter::isDiscrete() const
+{
+    const ParameterKind k = parameterKind.load();
+    return bound.load() && (k == ParameterKind::Int || k == ParameterKind::Bool);
+}
+
+bool ExportedPluginParameter::isBoolean() const
+{
+    return bound.load() && parameterKind.load() == ParameterKind::Bool;
+}
+
+juce::String ExportedPluginParameter::getText(float v, int maximumStringLength) const
+{
+    Element* e = getElement();
+    const ParameterDescriptionBase* d = description.load();
+    if (!bound.load() || e == nullptr || d == nullptr || !std::isfinite(v))
+        return juce::String(v).substring(0, std::max(maximumStringLength, 0));
+    v = juce::jlimit(0.0f, 1.0f, v);
+    switch (parameterKind.load())
+    {
+        case ParameterKind::Float:
+        {
+            auto* f = static_cast<const ParameterDescription<float>*>(d);
+            return cut(f->valueToText(e, f->map(e, v)), maximumStringLength);
+        }
+        case ParameterKind::Int:
+        {
+            auto* i = static_cast<const ParameterDescription<int>*>(d);
+            return cut(i->valueToText(e, intFromNormalised(v, i->min, i->max)), maximumStringLength);
+        }
+        case ParameterKind::Bool:
+            return cut(static_cast<const ParameterDescription<bool>*>(d)->valueToText(e, v > 0.5f),
+                       maximumStringLength);
+        default: return {};
+    }
+}
+
+float ExportedPluginParameter::getValueForText(const juce::String& text) const
+{
+    Element* e = getElement();
+    const ParameterDescriptionBase* d = description.load();
+    if (!bound.load() || e == nullptr || d == nullptr)
+        return text.getFloatValue();
+    const String parsed(text.toStdString());
+    switch (parameterKind.load())
+    {
+        case ParameterKind::Float:
+        {
+            auto* f = static_cast<const ParameterDescription<float>*>(d);
+            float plain = 0.0f;
+            if (f->textToValue(e, parsed, plain) && std::isfinite(plain))
+                return juce::jlimit(0.0f, 1.0f, f->unmap(e, f->hasRange() ? f->clamp(plain) : plain));
+            break;
+        }
+        case ParameterKind::Int:
+        {
+            auto* i = static_cast<const ParameterDescription<int>*>(d);
+            int plain = 0;
+            if (i->textToValue(e, parsed, plain))
+                return juce::jlimit(0.0f, 1.0f, intRangeNormalise(plain, i->min, i->max));
+            break;
+        }
+        case ParameterKind::Bool:
+        {
+            bool plain = false;
+            if (static_cast<const ParameterDescription<bool>*>(d)->textToValue(e, parsed, plain))
+                return plain ? 1.0f : 0.0f;
+            break;
+        }
+        default: break;
+    }
+    return getValue(); // text that does not parse leaves the value where it is
+}
+} // namespace oxa

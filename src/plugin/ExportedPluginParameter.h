@@ -1,0 +1,88 @@
+#pragma once
+// One host parameter bound by path and name to one element parameter. Host writes
+// are deferred into the element (any thread); element changes reach the host on the
+// message thread. A slot that cannot bind keeps what the host wrote and goes no further.
+
+#include "element/ElementView.h"
+#include "element/ParameterDescription.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include <atomic>
+
+namespace oxa
+{
+class Plugin;
+
+class ExportedPluginParameter : public SimpleElementView,
+                                public Trackable,
+                                public juce::AsyncUpdater,
+                                public juce::AudioProcessorParameter
+{
+public:
+    ExportedPluginParameter(Plugin& owner, EngineProxy* proxy, unsigned slotIndex, const String& defaultName);
+    ~ExportedPluginParameter() override;
+
+    /** Binds to (path, name), now if the element is there, else when it appears. */
+    void setTarget(const String& path, const String& name, const String& displayName);
+    /** Gives up the binding; the target is remembered as the last one. */
+    void unbindSlot(bool tellHost);
+
+    bool isBound() const { return bound.load(); }
+    ParameterKind kind() const { return parameterKind.load(); }
+    unsigned parameterId() const { return id.load(); }
+    unsigned slotIndex() const { return slot; }
+    const String& targetPath() const { return path; }
+    const String& targetName() const { return name; }
+    const String& lastTargetPath() const { return lastPath; }
+    const String& lastTargetName() const { return lastName; }
+    const String& displayNameOverride() const { return displayName; }
+
+    /** Fired when binding or kind change. */
+    Signal<> changed;
+
+    // ---- juce::AudioProcessorParameter ----
+    float getValue() const override;
+    void setValue(float newValue) override;
+    float getDefaultValue() const override { return defaultValue; }
+    juce::String getName(int maximumStringLength) const override;
+    juce::String getLabel() const override { return {}; }
+    int getNumSteps() const override;
+    bool isDiscrete() const override;
+    bool isBoolean() const override;
+    juce::String getText(float normalisedValue, int maximumStringLength) const override;
+    float getValueForText(const juce::String& text) const override;
+    bool isOrientationInverted() const override { return false; }
+    bool isAutomatable() const override { return true; }
+    bool isMetaParameter() const override { return false; }
+    Category getCategory() const override { return genericParameter; }
+
+    void elementChanged(const String& elementPath) override;
+    void detachFromProxy();
+
+private:
+    void handleAsyncUpdate() override { tryBind(false); }
+    void tryBind(bool fromAppearance);
+    void dropBinding();
+    void parameterChanged(Element* from, unsigned changedId);
+    void tellHost();
+    float normalise(Element& e) const;
+
+    Plugin& plugin;
+    std::atomic<ParameterKind> parameterKind {ParameterKind::Invalid};
+    std::atomic<unsigned> id {0};
+    String displayName;
+    String defaultName;
+    unsigned slot;
+    std::atomic<bool> ignoreOwnWrite {false};
+    std::atomic<float> unboundValue {0.0f};
+    float defaultValue = 0.0f;
+    std::atomic<const ParameterDescriptionBase*> description {nullptr};
+    std::atomic<bool> bound {false};
+    String path;
+    String name;
+    String lastPath;
+    String lastName;
+    bool listening = false;
+};
+} // namespace oxa

@@ -1,0 +1,337 @@
+// The host's flat parameter list over the element tree: conversions by kind,
+// deferred writes, notifications, saved bindings, and the product's 45 slots.
+#include "element/ParameterRegistry.h"
+#include "engine/BasicProcessingElement.h"
+#include "plugin/ExportedPluginParameter.h"
+#include "plugin/FluxDeckPlugin.h"
+
+#include <gtest/gtest.h>
+#include <tinyxml2.h>
+
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <thread>
+
+using namespace oxa;
+
+namespace
+{
+class KnobBox : public BasicProcessingElement
+{
+public:
+    struct Ids
+    {
+        uint32_t level, choice, toggle;
+    };
+    static const Ids& ids()
+    {
+        static const Ids made = [] {
+            (void) ProcessingElement::syncToHostId();
+            auto& r = ParameterRegistry::instance();
+            ParameterDescription<float> level("KnobLevel", 5.0f, 0.0f, 10.0f);
+            level.displayName = String("Knob Level");
+            ParameterDescription<int> choice("KnobChoice", 1, 0, 3);
+            ParameterDescription<bool> toggle("KnobToggle", true);
+            return Ids {r.registerFloat(level), r.registerInt(choice), r.registerBool(toggle)};
+        }();
+        return made;
+    }
+
+    KnobBox() : BasicProcessingElement(String("KnobBox"), String("Box"))
+    {
+        addParameters({new ParameterInfo<float>(ids().level, this, &KnobBox::level, &KnobBox::setLevel)},
+                      {new ParameterInfo<int>(ids().choice, this, &KnobBox::choice, &KnobBox::setChoice)},
+                      {new ParameterInfo<bool>(ids().toggle, this, &KnobBox::toggle, &KnobBox::setToggle)});
+    }
+    void processAudio(RenderContext&, ElementState*, uint32_t, float* const*, const bool*) override {}
+
+    float levelValue = 5.0f;
+    int choiceValue = 1;
+    bool toggleValue = true;
+
+private:
+    float level(const ElementState&) const { return levelValue; }
+    void setLevel(ElementState&, float v) { levelValue = v; }
+    int choice(const ElementState&) const { return choiceValue; }
+    void setChoice(ElementState&, int v) { choiceValue = v; }
+    bool toggle(const ElementState&) const { return toggleValue; }
+    void setToggle(ElementState&, bool v) { toggleValue = v; }
+};
+
+/** The generic frame over an engine with one KnobBox at "/Box" and three slots plus a spare. */
+class BoxPlugin : public Plugin
+{
+public:
+    BoxPlugin()
+        : Plugin(FluxDeckPluginDefinition::instance(),
+                 BusesProperties()
+                     .withInput("Input", juce::AudioChannelSet::stereo(), true)
+                     .withOutput("Output", juce::AudioChannelSet::stereo(), true))
+    {
+        box = std::make_shared<KnobBox>();
+        auto engine = std::make_shared<Engine>();
+        engine->addElement(box);
+        setEngine(engine);
+        level = exportParameter(String("/Box"), ids().level, String(), true);
+        choice = exportParameter(String("/Box"), ids().choice, String(), true);
+        toggle = exportParameter(String("/Box"), ids().toggle, String("Switch"), true);
+        spare = exportParameter(String("Spare"));
+    }
+    ~BoxPlugin() override { setEngine(nullptr); }
+    juce::AudioProcessorEditor* createEditor() override { return nullptr; }
+    static const KnobBox::Ids& ids() { return KnobBox::ids(); }
+
+    std::shared_ptr<KnobBox> box;
+    ExportedPluginParameter* level = nullptr;
+    ExportedPluginParameter* choice = nullptr;
+    ExportedPluginParameter* toggle = nullptr;
+    ExportedPluginParameter* spare = nullptr;
+};
+
+struct HostSide : juce::AudioProcessorParameter::Listener
+{
+    void parameterValueChanged(int index, float value) override
+    {
+        ++changes;
+        lastIndex = index;
+        lastValue = value;
+    }
+    void parameterGestureChanged(int, bool) override {}
+    int changes = 0;
+    int lastIndex = -1;
+    float lastValue = -1.0f;
+};
+
+void deliverQueuedChanges()
+{
+    ParameterChangedAsyncSignal::drainNow();
+}
+} // namespace
+
+TEST(HostParameters, ConversionsByKind)
+{
+    BoxPlugin plugin;
+    ASSERT_TRUE(plugin.level->isBound());
+    ASSERT_TRUE(plugin.choice->isBound());
+    ASSERT_TRUE(plugin.toggle->isBound());
+    EXPECT_FALSE(plugin.spare->isBound());
+
+    EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.5f);
+    EXPECT_FLOAT_EQ(plugin.level->getDefaultValue(), 0.5f);
+    EXPECT_FALSE(plugin.level->isDiscrete());
+    EXPECT_EQ(plugin.level->getName(100), juce::String("Knob Level"));
+    EXPECT_EQ(plugin.level->getName(4), juce::String("Knob"));
+    EXPECT_EQ(plugin.toggle->getName(100), juce::String("Switch")) << "an own display name wins";
+
+    // integer 0..3: four steps, and the middle rounds up to 2
+    EXPECT_EQ(plugin.choice->getNumSteps(), 4);
+    EXPECT_TRUE(plugin.choice->isDiscrete());
+    EXPECT_FALSE(plugin.choice->isBoolean());
+    EXPECT_FLOAT_EQ(plugin.choice->getDefaultValue(), 1.0f / 3.0f);
+    plugin.choice->setValue(0.5f);
+    EXPECT_EQ(plugin.box->intParameter(KnobBox::ids().choice), 2);
+    EXPECT_FLOAT_EQ(plugin.choice->getValue(), 2.0f / 3.0f);
+
+    // bool: exactly one half is still off
+    EXPECT_EQ(plugin.toggle->getNumSteps(), 2);
+    EXPECT_TRUE(plugin.toggle->isBoolean());
+    plugin.toggle->setValue(0.5f);
+    EXPECT_FALSE(plugin.box->boolParameter(KnobBox::ids().toggle));
+    EXPECT_FLOAT_EQ(plugin.toggle->getValue(), 0.0f);
+    plugin.toggle->setValue(0.51f);
+    EXPECT_FLOAT_EQ(plugin.toggle->getValue(), 1.0f);
+
+    // text goes through the parameter's own form, both ways
+    for (float v : {0.0f, 0.3f, 1.0f})
+        EXPECT_NEAR(plugin.level->getValueForText(plugin.level->getText(v, 100)), v, 1e-3f);
+    EXPECT_NEAR(plugin.choice->getValueForText(plugin.choice->getText(1.0f, 100)), 1.0f, 1e-6f);
+    EXPECT_FLOAT_EQ(plugin.level->getValueForText("not a number"), plugin.level->getValue());
+
+    // an unbound slot keeps what the host wrote and shows its default name
+    plugin.spare->setValue(0.7f);
+    EXPECT_FLOAT_EQ(plugin.spare->getValue(), 0.7f);
+    EXPECT_EQ(plugin.spare->getName(100), juce::String("Spare"));
+    EXPECT_FALSE(plugin.spare->isDiscrete());
+}
+
+TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
+{
+    BoxPlugin plugin;
+    plugin.prepareToPlay(48000.0, 64);
+    deliverQueuedChanges();
+    HostSide host;
+    plugin.level->addListener(&host);
+
+    // the same value does not touch the element at all
+    plugin.box->applyPendingParameters(plugin.box->mainState());
+    plugin.level->setValue(0.5f);
+    EXPECT_FALSE(plugin.box->hasPendingUpdate());
+
+    // a new value is only noted; the render applies it
+    plugin.level->setValue(0.8f);
+    EXPECT_TRUE(plugin.box->hasPendingUpdate());
+    EXPECT_FLOAT_EQ(plugin.box->levelValue, 5.0f);
+    EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.8f);
+    EXPECT_EQ(host.changes, 0) << "no echo while the host writes";
+    juce::AudioBuffer<float> buffer(2, 64);
+    buffer.clear();
+    juce::MidiBuffer midi;
+    plugin.processBlock(buffer, midi);
+    EXPECT_FLOAT_EQ(plugin.box->levelValue, 8.0f);
+
+    // broken host values change nothing
+    deliverQueuedChanges();
+    host.changes = 0;
+    plugin.level->setValue(std::numeric_limits<float>::quiet_NaN());
+    plugin.level->setValue(std::numeric_limits<float>::infinity());
+    plugin.choice->setValue(-std::numeric_limits<float>::infinity());
+    EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.8f);
+    EXPECT_EQ(plugin.box->intParameter(KnobBox::ids().choice), 1);
+
+    // a change made on the element's side reaches the host once, normalised
+    plugin.box->setFloatParameter(KnobBox::ids().level, 2.0f);
+    EXPECT_EQ(host.changes, 0);
+    deliverQueuedChanges();
+    EXPECT_EQ(host.changes, 1);
+    EXPECT_EQ(host.lastIndex, plugin.level->getParameterIndex());
+    EXPECT_FLOAT_EQ(host.lastValue, 0.2f);
+    plugin.level->removeListener(&host);
+}
+
+TEST(HostParameters, SlotsFollowAReplacedEngine)
+{
+    BoxPlugin plugin;
+    auto box = std::make_shared<KnobBox>();
+    box->levelValue = 1.0f;
+    auto engine = std::make_shared<Engine>();
+    engine->addElement(box);
+    plugin.setEngine(engine);
+    plugin.box.reset();
+    ASSERT_TRUE(plugin.level->isBound());
+    EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.1f);
+    plugin.level->setValue(0.3f);
+    EXPECT_FLOAT_EQ(box->floatParameter(KnobBox::ids().level), 3.0f);
+    EXPECT_EQ(plugin.findSlot(String("/Box"), KnobBox::ids().level), std::optional<size_t>(0));
+
+    // an engine without the element: slots stay, unbound, with their default names
+    plugin.setEngine(std::make_shared<Engine>());
+    EXPECT_FALSE(plugin.level->isBound());
+    EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.0f);
+    EXPECT_FALSE(plugin.findSlot(String("/Box"), KnobBox::ids().level).has_value());
+}
+
+TEST(HostParameters, BindingsSaveLoadAndBind)
+{
+    BoxPlugin plugin;
+    tinyxml2::XMLDocument doc;
+    auto* automation = doc.NewElement("Automation");
+    doc.InsertEndChild(automation);
+    ASSERT_TRUE(plugin.save(automation));
+    int children = 0;
+    for (auto* c = automation->FirstChildElement("AutomationConnection"); c; c = c->NextSiblingElement())
+        ++children;
+    EXPECT_EQ(children, 3);
+    const auto* second = automation->FirstChildElement()->NextSiblingElement();
+    EXPECT_EQ(second->UnsignedAttribute("sourceIndex"), 1u);
+    EXPECT_STREQ(second->Attribute("targetPath"), "/Box");
+    EXPECT_STREQ(second->Attribute("parameterName"), "KnobChoice");
+
+    // bad children are skipped, the good one still loads
+    tinyxml2::XMLDocument bad;
+    ASSERT_EQ(bad.Parse("<Automation>"
+                        "<AutomationConnection sourceIndex='45' targetPath='/Box' parameterName='KnobLevel'/>"
+                        "<AutomationConnection targetPath='/Box' parameterName='KnobLevel'/>"
+                        "<AutomationConnection sourceIndex='2' targetPath='/Nowhere' parameterName='KnobLevel'/>"
+                        "<AutomationConnection sourceIndex='1' targetPath='/Box' parameterName='NoSuchName'/>"
+                        "<AutomationConnection sourceIndex='3' targetPath='/Box' parameterName='KnobLevel'/>"
+                        "</Automation>"),
+              tinyxml2::XML_SUCCESS);
+    plugin.load(bad.RootElement());
+    EXPECT_FALSE(plugin.level->isBound());
+    EXPECT_FALSE(plugin.choice->isBound());
+    EXPECT_FALSE(plugin.toggle->isBound());
+    ASSERT_TRUE(plugin.spare->isBound());
+    EXPECT_EQ(plugin.spare->getName(100), juce::String("KnobLevel")) << "empty display name takes the target name";
+    EXPECT_FLOAT_EQ(plugin.spare->getValue(), 0.5f);
+
+    // bind: a known target is refused, a free target goes back to its old slot first
+    EXPECT_FALSE(plugin.bind({String("/Box"), String("KnobLevel")}, String()));
+    EXPECT_FALSE(plugin.bind({String("/Box"), String("NoSuchName")}, String()));
+    EXPECT_TRUE(plugin.bind({String("/Box"), String("KnobToggle")}, String()));
+    EXPECT_TRUE(plugin.toggle->isBound());
+    plugin.unbind({String("/Box"), String("KnobToggle")});
+    EXPECT_FALSE(plugin.toggle->isBound());
+    EXPECT_TRUE(plugin.bind({String("/Box"), String("KnobChoice")}, String()));
+    EXPECT_TRUE(plugin.bind({String("/Box"), String("KnobToggle")}, String()));
+    EXPECT_FALSE(plugin.bind({String("/Box"), String("KnobToggle")}, String()));
+    EXPECT_TRUE(plugin.choice->isBound());
+    EXPECT_TRUE(plugin.toggle->isBound());
+    EXPECT_TRUE(plugin.level->targetPath().isEmpty());
+}
+
+TEST(FluxDeckHostParameters, FortyFiveSlotsAtTheEffect)
+{
+    FluxDeckPlugin plugin;
+    const auto& list = FluxDeckPlugin::hostParameters();
+    ASSERT_EQ(list.size(), 45u);
+    ASSERT_EQ(plugin.getParameters().size(), 45);
+    EXPECT_EQ(plugin.getBypassParameter(), nullptr);
+    for (size_t i = 0; i < list.size(); ++i)
+    {
+        auto* p = plugin.parameterAt(i);
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(p->slotIndex(), i);
+        EXPECT_EQ(p->targetPath().str(), "/FluxDeck");
+        EXPECT_EQ(p->targetName().str(), list[i].name);
+        EXPECT_EQ(p->getName(100), juce::String(list[i].label)) << "slot " << i;
+        EXPECT_TRUE(p->isAutomatable());
+    }
+    EXPECT_EQ(plugin.parameterAt(15)->getName(100), juce::String("Low Latency Mode"));
+    EXPECT_TRUE(plugin.parameterAt(15)->isBound());
+    EXPECT_TRUE(plugin.parameterAt(15)->isBoolean());
+    EXPECT_TRUE(plugin.parameterAt(28)->isBound());
+}
+
+TEST(FluxDeckHostParameters, LowLatencyModeMovesTheLatency)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(44100.0, 256);
+    EXPECT_EQ(plugin.getLatencySamples(), 2646);
+    plugin.parameterAt(15)->setValue(1.0f);
+    deliverQueuedChanges();
+    juce::MessageManager::getInstance()->runDispatchLoopUntil(50);
+    EXPECT_EQ(plugin.getLatencySamples(), 441);
+}
+
+TEST(FluxDeckHostParameters, HostWritesWhileAnotherThreadRenders)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 128);
+    auto* gain = plugin.parameterAt(28);
+    ASSERT_TRUE(gain->isBound());
+
+    std::atomic<bool> stop {false};
+    std::thread audio([&] {
+        juce::AudioBuffer<float> buffer(2, 128);
+        juce::MidiBuffer midi;
+        while (!stop.load())
+        {
+            buffer.clear();
+            plugin.processBlock(buffer, midi);
+        }
+    });
+    std::thread host([&] {
+        for (int i = 0; i <= 2000; ++i)
+            gain->setValue((float) (i % 101) / 100.0f);
+    });
+    host.join();
+    stop.store(true);
+    audio.join();
+
+    juce::AudioBuffer<float> buffer(2, 128);
+    juce::MidiBuffer midi;
+    plugin.processBlock(buffer, midi);
+    EXPECT_NEAR(gain->getValue(), 0.81f, 1e-4f); // 2000 % 101 = 81
+    deliverQueuedChanges();
+}
