@@ -12,7 +12,7 @@ uint32_t ProcessingElement::syncToHostId()
     static const uint32_t id = [] {
         (void) Element::commonIds(); // the base's ids come first
         ParameterDescription<bool> description("SyncToHost", true);
-        description.displayName = String("Synchronize to host tempo");
+        description.auxiliaryText = String("Synchronize to host tempo"); // the host shows the name itself
         return ParameterRegistry::instance().registerBool(description);
     }();
     return id;

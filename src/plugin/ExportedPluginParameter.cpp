@@ -321,6 +321,11 @@ float ExportedPluginParameter::getValueForText(const juce::String& text) const
         }
         case ParameterKind::Bool:
         {
+            // Hosts hand back the words getText showed them.
+            if (text.trim().equalsIgnoreCase("true"))
+                return 1.0f;
+            if (text.trim().equalsIgnoreCase("false"))
+                return 0.0f;
             bool plain = false;
             if (static_cast<const ParameterDescription<bool>*>(d)->textToValue(e, parsed, plain))
                 return plain ? 1.0f : 0.0f;

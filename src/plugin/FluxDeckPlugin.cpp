@@ -1,4 +1,5 @@
 #include "plugin/FluxDeckPlugin.h"
+#include "resources/VolumeTable.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <cstring>
@@ -11,6 +12,7 @@ FluxDeckPlugin::FluxDeckPlugin()
                  .withInput("Input", juce::AudioChannelSet::stereo(), true)
                  .withOutput("Output", juce::AudioChannelSet::stereo(), true))
 {
+    ensureDefaultVolumes(); // "/" and the embedded "$Resource" archive
     FluxDeckProcessor::registerType();
 
     auto newEngine = std::make_shared<Engine>();
