@@ -66,15 +66,16 @@ std::size_t bytesOf(const TapeEffectState& state)
     return bytes;
 }
 
-// The heavy setting plus dropouts and three-band noise reduction both ways.
-void applyFullNoiseReduction(TapeEffectState& state)
+// The heavy setting plus dropouts and one noise reduction type both ways
+// (2: three-band "Type A", 3: sliding-band "Type B").
+void applyFullNoiseReduction(TapeEffectState& state, int type)
 {
     applyHeavy(state);
-    state.forEachDeck([](TapeDeck& deck) {
+    state.forEachDeck([type](TapeDeck& deck) {
         deck.setDegradeDepth(0.5);
         deck.setDegradeRate(20.0);
-        deck.setEncoderType(2);
-        deck.setDecoderType(2);
+        deck.setEncoderType(type);
+        deck.setDecoderType(type);
     });
 }
 
@@ -82,7 +83,8 @@ enum class Setting
 {
     defaults,
     heavy,
-    fullNoiseReduction
+    typeA,
+    typeB
 };
 
 void renderTape(benchmark::State& bench, Setting setting)
@@ -92,8 +94,10 @@ void renderTape(benchmark::State& bench, Setting setting)
     applyDefaults(state);
     if (setting == Setting::heavy)
         applyHeavy(state);
-    else if (setting == Setting::fullNoiseReduction)
-        applyFullNoiseReduction(state);
+    else if (setting == Setting::typeA)
+        applyFullNoiseReduction(state, 2);
+    else if (setting == Setting::typeB)
+        applyFullNoiseReduction(state, 3);
 
     std::mt19937 rng(11);
     std::uniform_real_distribution<float> noise(-0.05f, 0.05f);
@@ -133,13 +137,19 @@ void BM_TapeEffectHeavy(benchmark::State& bench)
     renderTape(bench, Setting::heavy);
 }
 
-void BM_TapeEffectFullNoiseReduction(benchmark::State& bench)
+void BM_TapeEffectTypeA(benchmark::State& bench)
 {
-    renderTape(bench, Setting::fullNoiseReduction);
+    renderTape(bench, Setting::typeA);
+}
+
+void BM_TapeEffectTypeB(benchmark::State& bench)
+{
+    renderTape(bench, Setting::typeB);
 }
 
 } // namespace
 
 BENCHMARK(BM_TapeEffectDefault)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
 BENCHMARK(BM_TapeEffectHeavy)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
-BENCHMARK(BM_TapeEffectFullNoiseReduction)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
+BENCHMARK(BM_TapeEffectTypeA)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
+BENCHMARK(BM_TapeEffectTypeB)->Unit(benchmark::kMicrosecond)->MinTime(2.0);
