@@ -1,5 +1,6 @@
 #include "element/Element.h"
 
+#include "element/ConnectionSpec.h"
 #include "element/ElementParamEnvelope.h"
 
 #include <boost/ptr_container/exception.hpp>
@@ -286,10 +287,16 @@ String Element::uniqueConnectionName(uint32_t parameter)
     }
 }
 
-bool Element::addConnection(const ConnectionSpec&, bool)
+bool Element::addConnection(const ConnectionSpec& spec, bool takeLock)
 {
-    // Connections are built by the modulation layer, which overrides this.
-    return false;
+    ParameterInfoBase* info = findInfo(spec.parameter);
+    ElementParamEnvelope* envelope = info != nullptr ? info->envelope() : nullptr;
+    if (envelope == nullptr)
+        return false;
+    std::unique_lock<std::recursive_mutex> guard(lock(), std::defer_lock);
+    if (takeLock)
+        guard.lock();
+    return envelope->addConnection(spec);
 }
 
 bool Element::removeConnection(uint32_t parameter, const String& name, bool takeLock)
@@ -301,14 +308,7 @@ bool Element::removeConnection(uint32_t parameter, const String& name, bool take
     std::unique_lock<std::recursive_mutex> guard(lock(), std::defer_lock);
     if (takeLock)
         guard.lock();
-    Element* connection = envelope->findElement(name);
-    if (connection == nullptr)
-        return false;
-    envelope->removeChild(connection);
-    if (!envelope->isConnected())
-        connectedEnvelopes_.erase(std::remove(connectedEnvelopes_.begin(), connectedEnvelopes_.end(), envelope),
-                                  connectedEnvelopes_.end());
-    return true;
+    return envelope->removeConnection(name);
 }
 
 void Element::connectionNames(uint32_t parameter, std::vector<String>& out)

@@ -1,6 +1,7 @@
 #pragma once
 // The modulation envelope of one modulatable parameter: a child element that
-// SignalConnection children attach to. It carries its state; rendering comes later.
+// SignalConnection children attach to. It owns the values of the parameter for each
+// control block of the block being rendered; the engine's envelope runner fills them.
 
 #include "element/Element.h"
 
@@ -15,7 +16,15 @@ struct ElementParamEnvelopeState
     bool hasOffset = false;
     bool isStatic = true;
     bool needsUpdate = true;
+
+    // Book-keeping of the runner, after the fields above.
+    uint32_t valueCount = 0; // entries written to values
+    float plainBase = 0.0f;  // the parameter's own value, before the offset
+    float lastWritten = 0.0f; // what the last control block wrote, as the parameter reads it back
+    bool hasWritten = false;
 };
+
+struct ConnectionSpec;
 
 class ElementParamEnvelope : public Element
 {
@@ -40,6 +49,9 @@ public:
 
     /** The parameter's plain value moved: both states must recompute. */
     void baseValueChanged();
+    /** A connection came, went or changed its settings: the values must be rebuilt,
+        around the same base value. */
+    void connectionsChanged();
     /** Re-reads the parameter's value into the envelope state of voice `index`. */
     void sync(int index);
     void setEnvelopePolyphonic(bool polyphonic) { polyphonic_ = polyphonic; }
@@ -50,12 +62,32 @@ public:
     /** True when a connection child is attached. */
     bool isConnected() const { return !children().empty(); }
 
+    // ---- connections (message thread; the caller holds the tree lock while rendering runs)
+    /** Builds a connection from `spec` through the element factory and attaches it.
+        False for a name already taken or when the connection type is unknown. */
+    bool addConnection(const ConnectionSpec& spec);
+    /** Adds an already built connection; an empty or taken name gets the next free one. */
+    void attachConnection(const std::shared_ptr<Element>& connection);
+    bool removeConnection(const String& name);
+    void clearConnections();
+
+    /** Appends each saved connection to `target` with the connection's own saveXml. */
+    void saveConnections(tinyxml2::XMLElement* target, SaveOptions& options);
+    /** Builds a connection, lets it read `node` with its own loadXml, and attaches it on success. */
+    bool loadConnection(const tinyxml2::XMLElement* node, SaveOptions& options, int version);
+    /** The parameter name a saved connection targets: "Destination", else the older
+        "ModulationDestination", without a leading ">". Empty when there is neither. */
+    static String destinationOf(const tinyxml2::XMLElement* node);
+
     /** The parameter's current plain value, a bool read as 0 or 1. */
     float readBaseValue() const;
 
 private:
     Element* owner_;
     ParameterInfoBase& parameter_;
+    /** With no connection left, puts back the value the parameter had before modulation. */
+    void restoreBaseValue();
+
     uint8_t envelopeFlags_;
     bool polyphonic_ = false;
     RenderContext* context_ = nullptr;

@@ -1,5 +1,7 @@
 #pragma once
-// Per-block work of a parameter's modulation envelope on the render path.
+// Per-block work of a parameter's modulation envelope on the render path: the values
+// of each control block from the active connections, and writing one of them into
+// the parameter. Audio thread: no allocation beyond scratch arena 1, no lock.
 
 #include <cstdint>
 
@@ -11,7 +13,7 @@ class ElementState;
 class RenderContext;
 
 /** Fills the envelope's per-control-block values for this block from scratch arena 1.
-    Returns false when the values move inside the block (the block must be cut). */
+    Returns false when the values move inside the block, so that it must be cut. */
 bool runEnvelope(ElementParamEnvelope& envelope, RenderContext& context, uint32_t numSamples, ElementState& state);
 
 /** Writes the envelope's value of control block `index` into its parameter. */
