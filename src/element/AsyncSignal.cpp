@@ -92,8 +92,10 @@ public:
 
     void drain()
     {
+        // At most what was queued when the drain began: a writer that never stops must
+        // not keep the message thread in here forever.
         void* memory = nullptr;
-        while (messages.pop(memory))
+        for (long budget = queued.load() + 1; budget > 0 && messages.pop(memory); --budget)
         {
             --queued;
             auto* block = static_cast<MessageBlock*>(memory);

@@ -155,6 +155,20 @@ void Element::setStates(std::unique_ptr<ElementState> main, std::unique_ptr<Elem
 {
     mainState_ = std::move(main);
     secondState_ = std::move(second);
+    publishParameters();
+}
+
+void Element::publishParameters()
+{
+    for (auto& record : parameters_)
+        if (!record->flags().isOutput())
+            record->publish(mainState_.get());
+}
+
+void Element::publishParameter(uint32_t id)
+{
+    if (ParameterInfoBase* info = findInfo(id); info != nullptr && !info->flags().isOutput())
+        info->publish(mainState_.get());
 }
 
 void Element::prepare(double sampleRate, int blockSize)
@@ -370,6 +384,8 @@ void Element::insertParameter(ParameterInfoBase* record)
     }
 
     const auto& flags = record->flags();
+    if (!flags.isOutput())
+        record->publish(mainState_.get());
     if (!flags.isOutput() && flags.isModulatable())
     {
         auto envelope = std::make_shared<ElementParamEnvelope>(this, *record);
@@ -446,6 +462,8 @@ T Element::readParameter(uint32_t id, bool* error) const
         return info->get(nullptr);
     if (info->isPending())
         return info->deferredValue();
+    if (info->hasPublished())
+        return info->publishedValue();
     return info->get(flags.isGlobal() ? nullptr : mainState_.get());
 }
 
@@ -459,6 +477,7 @@ void Element::setImmediate(uint32_t id, const T& value)
     info->set(mainState_.get(), value);
     if (!info->flags().isGlobal())
         info->set(secondState_.get(), value);
+    publishParameters(); // a setter may move other parameters too
     if (ElementParamEnvelope* envelope = info->envelope())
         envelope->baseValueChanged();
     afterChange(*info);
@@ -480,6 +499,7 @@ void Element::setMaybeDeferred(uint32_t id, const T& value, bool deferred)
     {
         info->clearPending();
         info->set(mainState_.get(), value);
+        publishParameters();
         hasPendingUpdate_.store(1);
     }
     afterChange(*info);
@@ -542,6 +562,8 @@ void Element::applyPendingParameters(ElementState* state)
     for (auto& record : parameters_)
         if (record->hasDeferredValue())
             record->applyDeferredValue(*this, state);
+    if (state == mainState_.get())
+        publishParameters();
 }
 
 void Element::DumpParameters() const

@@ -283,6 +283,11 @@ public:
     /** Writes every parameter with its value to standard output. */
     void DumpParameters() const;
 
+    /** Copies every parameter's current value for readers on other threads. Call it on the
+        thread that writes the state; reads never touch the state itself. */
+    void publishParameters();
+    void publishParameter(uint32_t id);
+
 protected:
     /** Notifies listeners of a parameter change, synchronously and via the message thread. */
     void notifyParameterChanged(uint32_t id);

@@ -38,6 +38,8 @@ public:
     /** Clears pending and writes the deferred value into `state`. */
     virtual void applyDeferredValue(Element& element, ElementState* state) = 0;
     virtual uint32_t id() const = 0;
+    /** Takes a copy of the current value from `state` for readers on other threads. */
+    virtual void publish(const ElementState* state) = 0;
 
     const ParameterFlags& flags() const { return description()->flags; }
     const String& name() const { return description()->name; }
@@ -131,6 +133,14 @@ public:
     uint32_t id() const override { return description_->id; }
 
     bool hasDeferredValue() const override { return pending_.load() != 0; }
+
+    void publish(const ElementState* state) override
+    {
+        published_.store(get(description_->flags.isGlobal() ? nullptr : state));
+        hasPublished_.store(1);
+    }
+    bool hasPublished() const { return hasPublished_.load() != 0; }
+    T publishedValue() const { return published_.load(); }
     void applyDeferredValue(Element& element, ElementState* state) override
     {
         pending_.store(0);
@@ -234,6 +244,10 @@ private:
     T (*callGetter_)(const ParameterInfo&, ElementState*) = nullptr;
     void (*callSetter_)(const ParameterInfo&, ElementState*, const T&) = nullptr;
     detail::DeferredSlot<T> deferred_;
+    // The value as last written, copied by the writing thread: other threads read this,
+    // never the render state that the audio thread is changing.
+    detail::DeferredSlot<T> published_;
+    std::atomic<uint8_t> hasPublished_ { 0 };
     std::atomic<uint8_t> pending_{0};
     uint16_t indices_[3] = {0, 0, 0};
     uint8_t indexCount_;

@@ -154,6 +154,12 @@ void Engine::renderAudio(RenderContext& context, uint32_t numSamples, ElementSta
         child->render(context, numSamples);
 }
 
+void Engine::announce(uint32_t id)
+{
+    publishParameter(id);
+    notifyParameterChanged(id);
+}
+
 void Engine::armPreCount(const RenderContext& context)
 {
     const double spb = samplesPerBeat(context);
@@ -186,7 +192,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
         if (playing_ != on)
         {
             playing_ = on;
-            notifyParameterChanged(id.playing);
+            announce(id.playing);
         }
     };
 
@@ -209,7 +215,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                     if (recording_)
                     {
                         recording_ = false;
-                        notifyParameterChanged(id.recording);
+                        announce(id.recording);
                     }
                 }
                 break;
@@ -234,7 +240,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                     {
                         recording_ = false;
                         emit(EventType::transportRecordOff, e);
-                        notifyParameterChanged(id.recording);
+                        announce(id.recording);
                     }
                 }
                 else if (e.data1 == 118)
@@ -249,7 +255,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                     {
                         emit(EventType::transportRecordOff, e);
                         recording_ = false;
-                        notifyParameterChanged(id.recording);
+                        announce(id.recording);
                     }
                     else
                     {
@@ -269,7 +275,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                             armPreCount(context);
                     }
                     recording_ = !recording_;
-                    notifyParameterChanged(id.recording);
+                    announce(id.recording);
                 }
                 break;
             default:
@@ -304,17 +310,17 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
         if ((double) t.tempo != tempo_)
         {
             tempo_ = t.tempo;
-            notifyParameterChanged(id.tempo);
+            announce(id.tempo);
         }
         if (meterNumerator_ != t.numerator)
         {
             meterNumerator_ = t.numerator;
-            notifyParameterChanged(id.meterNumerator);
+            announce(id.meterNumerator);
         }
         if (t.denominator != meterNumerator_)
         {
             meterDenominator_ = t.denominator;
-            notifyParameterChanged(id.meterDenominator);
+            announce(id.meterDenominator);
         }
     }
     else
@@ -368,7 +374,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                 emit(EventType::transportStart, at);
                 playing_ = true;
             }
-            notifyParameterChanged(id.playing);
+            announce(id.playing);
             t.playing = playing_ ? 1 : 0;
         }
         localEvents_.sortByOffset();

@@ -111,6 +111,8 @@ private:
 
     double samplesPerBeat(const RenderContext& context) const { return 60.0 / tempo_ * context.sampleRate; }
     void armPreCount(const RenderContext& context);
+    /** Publishes a value the clock changed and tells listeners. */
+    void announce(uint32_t id);
     void emit(uint32_t type, const EngineEvent& at);
 
     std::vector<ProcessingElement*> children_;

@@ -170,7 +170,11 @@ float ExportedPluginParameter::normalise(Element& e) const
     switch (parameterKind.load())
     {
         case ParameterKind::Float:
-            return static_cast<const ParameterDescription<float>*>(d)->unmap(&e, e.floatParameter(pid));
+        {
+            // A host only understands 0..1; a synced or rounded value must not step outside.
+            const float v = static_cast<const ParameterDescription<float>*>(d)->unmap(&e, e.floatParameter(pid));
+            return std::isfinite(v) ? juce::jlimit(0.0f, 1.0f, v) : 0.0f;
+        }
         case ParameterKind::Int:
         {
             auto* i = static_cast<const ParameterDescription<int>*>(d);

@@ -113,6 +113,7 @@ TEST(ElementParameters, ReadsGoThroughStateGlobalOrGetter)
     probe.main().gain = 0.75f;
     probe.main().bands[2] = -0.5f;
     probe.meter = 0.125f;
+    probe.publishParameters(); // written behind the element's back
     bool error = true;
     EXPECT_FLOAT_EQ(probe.floatParameter(ProbeElement::ids().gain, &error), 0.75f);
     EXPECT_FALSE(error);

@@ -226,6 +226,7 @@ TEST(ElementViews, WatchedValueFollowsItsParameter)
     auto engineA = engineWithEffect(fxA);
     auto engineB = engineWithEffect(fxB);
     fxB->on = true;
+    fxB->publishParameters(); // written behind the element's back
     EngineProxy proxy(nullptr, engineA.get(), true);
     deliverQueuedChanges();
 

@@ -204,6 +204,7 @@ TEST(HostParameters, SlotsFollowAReplacedEngine)
     BoxPlugin plugin;
     auto box = std::make_shared<KnobBox>();
     box->levelValue = 1.0f;
+    box->publishParameters(); // written behind the element's back
     auto engine = std::make_shared<Engine>();
     engine->addElement(box);
     plugin.setEngine(engine);
