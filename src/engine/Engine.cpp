@@ -405,10 +405,4 @@ void Engine::drainErrors()
         errorSignal(error.get());
     }
 }
-
-void Engine::applyHeldAutomation()
-{
-    // The automation interface reads the held document; loading lands with persistence.
-    heldAutomation_.reset();
-}
 } // namespace oxa
