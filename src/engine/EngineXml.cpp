@@ -45,7 +45,8 @@ tinyxml2::XMLElement* Engine::saveXml(tinyxml2::XMLElement* parent, SaveOptions&
 bool Engine::loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int version)
 {
     bool loaded = ProcessingElement::loadXml(node, options, version);
-    if (node == nullptr)
+    // the attributes only fail when a listener vetoed this element: keep the children then
+    if (node == nullptr || (!loaded && options.loadListener != nullptr))
         return false;
     removeAllElements();
     heldAutomation_.reset();

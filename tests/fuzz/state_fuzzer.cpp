@@ -4,6 +4,7 @@
 #include "plugin/FluxDeckPlugin.h"
 
 #include <juce_events/juce_events.h>
+#include <tinyxml2.h>
 
 #include <cstdint>
 #include <cstdlib>
