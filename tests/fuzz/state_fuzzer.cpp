@@ -14,12 +14,15 @@ namespace
 {
 oxa::FluxDeckPlugin& plugin()
 {
-    static juce::ScopedJuceInitialiser_GUI juce;
-    static auto instance = [] {
-        auto made = std::make_unique<oxa::FluxDeckPlugin>();
+    // Both live until the process ends: libFuzzer leaves through exit(), after JUCE's
+    // own static tables are gone, so nothing here may be torn down by a destructor.
+    static auto* juce = new juce::ScopedJuceInitialiser_GUI();
+    static auto* instance = [] {
+        auto* made = new oxa::FluxDeckPlugin();
         made->prepareToPlay(48000.0, 256);
         return made;
     }();
+    (void) juce;
     return *instance;
 }
 } // namespace
