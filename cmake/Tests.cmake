@@ -36,3 +36,8 @@ if(FLUXDECK_RT_TEST_SOURCES)
 endif()
 
 include(${PROJECT_SOURCE_DIR}/cmake/HostTests.cmake OPTIONAL)
+
+option(FLUXDECK_FUZZ "Build the libFuzzer target for the state chunk (clang only)" OFF)
+if(FLUXDECK_FUZZ)
+  include(${PROJECT_SOURCE_DIR}/cmake/Fuzz.cmake)
+endif()

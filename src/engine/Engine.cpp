@@ -109,8 +109,9 @@ void Engine::addElement(const std::shared_ptr<ProcessingElement>& element)
 void Engine::removeAllElements()
 {
     std::lock_guard<std::recursive_mutex> guard(engineLock_);
-    while (!children().empty())
-        removeChild(children().back().get());
+    // only the rendered elements: the parameter envelopes are children as well
+    for (auto it = children_.rbegin(); it != children_.rend(); ++it)
+        removeChild(*it);
     children_.clear();
     owned_.clear();
 }
@@ -410,11 +411,5 @@ void Engine::drainErrors()
         errors.pop_front();
         errorSignal(error.get());
     }
-}
-
-void Engine::applyHeldAutomation()
-{
-    // The automation interface reads the held document; loading lands with persistence.
-    heldAutomation_.reset();
 }
 } // namespace oxa

@@ -63,6 +63,15 @@ public:
     /** The engine hands events on from its clock step, with its own transport commands merged. */
     void forwardEventsToChildren(RenderContext& context, EventList& events, uint32_t numSamples) override {}
 
+    // ---- persistence ----
+    /** Lets the element factory make engines by the type name "Engine"; once per process. */
+    static void registerType();
+    /** The base attributes, each saved child, then the host bindings as "Automation". */
+    tinyxml2::XMLElement* saveXml(tinyxml2::XMLElement* parent, SaveOptions& options) override;
+    /** Rebuilds the children through the element factory; holds "Automation" back. */
+    bool loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int version) override;
+    void finishLoading() override;
+
     // ---- errors ----
     void reportError(std::unique_ptr<Error> error) override;
     /** Fires the error signal for each kept error in order, while somebody listens. */

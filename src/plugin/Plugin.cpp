@@ -452,7 +452,4 @@ void Plugin::load(const tinyxml2::XMLElement* node)
         bindSlot(index, target, displayName);
     }
 }
-
-void Plugin::getStateInformation(juce::MemoryBlock&) {}
-void Plugin::setStateInformation(const void*, int) {}
 } // namespace oxa

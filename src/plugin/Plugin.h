@@ -109,9 +109,19 @@ public:
 
     static int liveInstances() { return liveCount.load(); }
 
+    // ---- host state chunk ----
+    /** The document held in a state chunk, or an empty one when the chunk holds none. */
+    static std::shared_ptr<tinyxml2::XMLDocument> parseStateChunk(const void* data, int sizeInBytes);
+    /** Wraps printed XML (without its terminator) into a state chunk. */
+    static void writeStateChunk(const char* xml, int length, juce::MemoryBlock& destination);
+
 protected:
     void updateTransport(int numSamples);
     void rebuildBuses(double sampleRate, int blockSize);
+    /** Saves the engine below the document's root; message thread. */
+    void saveEngineInto(tinyxml2::XMLDocument& document);
+    /** Replaces the engine by the one in the document; message thread. */
+    void applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, const String& basePath);
 
     const PluginDefinition& definition;
     std::shared_ptr<Engine> engine;
@@ -132,6 +142,7 @@ protected:
     uint32_t auxScratchBlockSize = 0;
     std::string settingsKeyPath;
     std::shared_ptr<tinyxml2::XMLDocument> pendingState;
+    juce::CriticalSection pendingStateLock; // the pointer only; taken briefly from any thread
     bool layoutChanged = true;
     juce::String programName { "Default" };
     double sampleRate_ = 0;

@@ -1,0 +1,188 @@
+// The host's opaque state: the engine's XML, gzip-compressed behind a small header.
+// Parsing runs on the host's thread; replacing the engine runs on the message thread.
+#include "element/ElementFactory.h"
+#include "element/ElementPersistence.h"
+#include "plugin/Plugin.h"
+
+#include <cstring>
+#include <tinyxml2.h>
+
+namespace oxa
+{
+namespace
+{
+const char stateMagic[4] = {'O', 'X', 'A', '4'};
+constexpr int stateFormatVersion = 1;
+/** A bound on what a chunk may inflate to; element trees are a few kilobytes. */
+constexpr int maxStateTextBytes = 64 * 1024 * 1024;
+
+void parseInto(tinyxml2::XMLDocument& document, const char* text, std::size_t length)
+{
+    if (document.Parse(text, length) != tinyxml2::XML_SUCCESS)
+        document.Clear();
+}
+
+bool onMessageThread()
+{
+    auto* manager = juce::MessageManager::getInstanceWithoutCreating();
+    return manager != nullptr && manager->isThisTheMessageThread();
+}
+} // namespace
+
+std::shared_ptr<tinyxml2::XMLDocument> Plugin::parseStateChunk(const void* data, int sizeInBytes)
+{
+    std::shared_ptr<tinyxml2::XMLDocument> document = makeXmlDocument();
+    if (data == nullptr || sizeInBytes <= 0)
+        return document;
+
+    juce::MemoryInputStream in(data, (size_t) sizeInBytes, false);
+    char magic[4] = {};
+    if (in.read(magic, 4) != 4 || std::memcmp(magic, stateMagic, 4) != 0)
+    {
+        parseInto(*document, static_cast<const char*>(data), (size_t) sizeInBytes);
+        return document;
+    }
+    if (in.readInt() != stateFormatVersion)
+        return document;
+    const int length = in.readInt();
+    if (length <= 0 || length > maxStateTextBytes)
+        return document;
+
+    juce::GZIPDecompressorInputStream inflater(&in, false);
+    std::string text((size_t) length, '\0');
+    size_t got = 0;
+    while (got < text.size())
+    {
+        const int want = (int) std::min<size_t>(text.size() - got, 65536);
+        const int read = inflater.read(&text[got], want);
+        if (read <= 0)
+            break;
+        got += (size_t) read;
+    }
+    parseInto(*document, text.data(), got);
+    return document;
+}
+
+void Plugin::writeStateChunk(const char* xml, int length, juce::MemoryBlock& destination)
+{
+    juce::MemoryOutputStream out(256);
+    out.write(stateMagic, 4);
+    out.writeInt(stateFormatVersion);
+    out.writeInt(length);
+    {
+        juce::GZIPCompressorOutputStream deflater(out);
+        deflater.write(xml, (size_t) length);
+        deflater.flush();
+    }
+    destination.replaceAll(out.getData(), out.getDataSize());
+}
+
+void Plugin::saveEngineInto(tinyxml2::XMLDocument& document)
+{
+    tinyxml2::XMLElement* root = document.RootElement();
+    if (engine == nullptr || root == nullptr)
+        return;
+    SaveOptions options;
+    options.relativePaths = true;
+    {
+        const std::lock_guard<std::recursive_mutex> tree(engine->lock());
+        engine->saveXml(root, options);
+    }
+    engine->clearModified();
+}
+
+void Plugin::getStateInformation(juce::MemoryBlock& destination)
+{
+    tinyxml2::XMLPrinter printer;
+    std::shared_ptr<tinyxml2::XMLDocument> pending;
+    {
+        const juce::ScopedLock guard(pendingStateLock);
+        pending = pendingState;
+    }
+
+    if (pending != nullptr)
+    {
+        // what the host set last and has not been applied yet goes back as it is
+        pending->Print(&printer);
+    }
+    else
+    {
+        std::shared_ptr<tinyxml2::XMLDocument> document = makeXmlDocument();
+        document->InsertEndChild(document->NewElement("OXA4"));
+        if (onMessageThread() || juce::PluginHostType().type == juce::PluginHostType::AppleLogic)
+            saveEngineInto(*document);
+        else
+        {
+            auto done = std::make_shared<juce::WaitableEvent>();
+            const bool posted = juce::MessageManager::callAsync([this, document, done] {
+                saveEngineInto(*document);
+                done->signal();
+            });
+            if (posted)
+                while (!done->wait(1000))
+                    juce::Thread::sleep(1);
+        }
+        document->Print(&printer);
+    }
+    writeStateChunk(printer.CStr(), printer.CStrSize() > 0 ? printer.CStrSize() - 1 : 0, destination);
+}
+
+void Plugin::setStateInformation(const void* data, int sizeInBytes)
+{
+    const String basePath; // only the standalone application has one
+    std::shared_ptr<tinyxml2::XMLDocument> document = parseStateChunk(data, sizeInBytes);
+    {
+        const juce::ScopedLock guard(pendingStateLock);
+        pendingState = document;
+    }
+
+    if (onMessageThread())
+        applyState(document, basePath);
+    else
+        juce::MessageManager::callAsync([this, document, basePath] { applyState(document, basePath); });
+}
+
+void Plugin::applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, const String& basePath)
+{
+    // the only owner left: a newer chunk took its place, or the plug-in is gone
+    if (document == nullptr || document.use_count() <= 1)
+        return;
+
+    const juce::ScopedLock render(renderLock_);
+    const tinyxml2::XMLElement* root = document->RootElement();
+    const tinyxml2::XMLElement* top = root != nullptr && std::strcmp(root->Name(), "OXA4") == 0
+                                          ? root->FirstChildElement()
+                                          : nullptr;
+    std::shared_ptr<Engine> loaded;
+    if (top != nullptr)
+    {
+        Engine::registerType();
+        loaded = std::dynamic_pointer_cast<Engine>(ElementFactory::instance().create(String(top->Name())));
+    }
+
+    if (loaded != nullptr)
+    {
+        loaded->setAutomation(this); // so that its "Automation" is held for later
+        SaveOptions options;
+        if (!basePath.isEmpty())
+            options.documentFolder = Path(basePath.str());
+        loaded->loadXml(top, options, currentDocumentVersion);
+        loaded->finishLoading();
+        setEngine(loaded);
+        if (sampleRate_ > 0 && blockSize_ > 0)
+        {
+            auxBuses.clear();
+            rebuildBuses(sampleRate_, blockSize_);
+        }
+    }
+    else if (engine != nullptr)
+    {
+        const std::shared_ptr<Engine> same = engine; // setEngine moves its member out first
+        setEngine(same); // watchers find their elements again either way
+    }
+
+    const juce::ScopedLock guard(pendingStateLock);
+    if (pendingState == document)
+        pendingState.reset();
+}
+} // namespace oxa
