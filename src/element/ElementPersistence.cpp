@@ -22,21 +22,11 @@ ModulationPersistence makeDefaultModulation()
 {
     ModulationPersistence m;
     m.saveConnections = [](ElementParamEnvelope& envelope, tinyxml2::XMLElement* target, SaveOptions& options) {
-        for (const auto& connection : envelope.children())
-            connection->saveXml(target, options);
+        envelope.saveConnections(target, options);
     };
     m.loadConnection = [](ElementParamEnvelope& envelope, const tinyxml2::XMLElement* node, SaveOptions& options,
-                          int version) {
-        std::shared_ptr<Element> made = ElementFactory::instance().create(String(node->Name()));
-        if (!made || !made->loadXml(node, options, version))
-            return false;
-        envelope.addChild(made);
-        return true;
-    };
-    m.clearConnections = [](ElementParamEnvelope& envelope) {
-        while (!envelope.children().empty())
-            envelope.removeChild(envelope.children().back().get());
-    };
+                          int version) { return envelope.loadConnection(node, options, version); };
+    m.clearConnections = [](ElementParamEnvelope& envelope) { envelope.clearConnections(); };
     return m;
 }
 

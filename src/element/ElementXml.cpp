@@ -180,8 +180,9 @@ bool Element::loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, in
             if (const tinyxml2::XMLElement* group = node->FirstChildElement("Connections"))
                 for (auto* child = group->FirstChildElement(); child != nullptr; child = child->NextSiblingElement())
                 {
-                    const char* destination = child->Attribute("Destination");
-                    loadOne(child, destination != nullptr ? destination : "");
+                    // Connections are written with their older attribute names, so the
+                    // envelope knows where to look for the destination.
+                    loadOne(child, ElementParamEnvelope::destinationOf(child).c_str());
                 }
         }
         else

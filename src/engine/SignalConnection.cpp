@@ -1,4 +1,6 @@
 #include "engine/SignalConnection.h"
+#include "element/ElementPersistence.h"
+#include "engine/ControlSignalMapper.h"
 
 #include "element/ElementFactory.h"
 #include "element/ElementParamEnvelope.h"
@@ -62,6 +64,17 @@ void SignalConnection::registerType()
 {
     ElementFactory::instance().registerType("Signal Connection", "SignalConnection",
                                             [] { return std::make_shared<SignalConnection>(); });
+    ControlSignalMapper::registerType();
+
+    // The element layer reads and writes modulation without knowing these classes.
+    auto& modulation = ModulationPersistence::instance();
+    modulation.asMapper = [](const std::shared_ptr<Element>& made) {
+        return std::dynamic_pointer_cast<ControlSignalMapper>(made);
+    };
+    modulation.isUnresolvedConnection = [](const Element& e) {
+        const auto* connection = dynamic_cast<const SignalConnection*>(&e);
+        return connection != nullptr && !connection->hasSource();
+    };
 }
 
 SignalConnection::SignalConnection(const String& name) : Element(String("SignalConnection"), name)

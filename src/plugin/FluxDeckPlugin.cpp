@@ -1,5 +1,6 @@
 #include "plugin/FluxDeckPlugin.h"
 #include "resources/VolumeTable.h"
+#include "engine/SignalConnection.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <cstring>
@@ -14,6 +15,7 @@ FluxDeckPlugin::FluxDeckPlugin()
 {
     ensureDefaultVolumes(); // "/" and the embedded "$Resource" archive
     FluxDeckProcessor::registerType();
+    SignalConnection::registerType(); // connections a saved state may carry
 
     auto newEngine = std::make_shared<Engine>();
     latencyForwarder.connect(this, [this] { updateLatency(); });

@@ -226,9 +226,15 @@ protected:
             auto* p = params[i];
             if (p->getValue() != settled[i])
                 continue;
+            // "Manual Flange" reads where the LFO last put the flange; it is no setting then.
+            if (p->getName(64) == "Manual Flange")
+                continue;
             ++checked;
             const int steps = p->getNumSteps();
-            const float tolerance = p->isDiscrete() && steps > 1 ? 0.5f / (float) (steps - 1) : 1e-3f;
+            float tolerance = p->isDiscrete() && steps > 1 ? 0.5f / (float) (steps - 1) : 1e-3f;
+            // Synced to the host, "LFO Rate" snaps to one of 30 note lengths.
+            if (p->getName(64) == "LFO Rate")
+                tolerance = 0.5f / 29.0f;
             EXPECT_NEAR(settled[i], p->getDefaultValue(), tolerance)
                 << "slot " << p->getParameterIndex() << " (" << p->getName(64) << ")";
         }

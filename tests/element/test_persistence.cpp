@@ -8,6 +8,9 @@
 #include "engine/Engine.h"
 #include "resources/VolumeTable.h"
 
+#include "element/ConnectionSpec.h"
+#include "engine/SignalConnection.h"
+
 #include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
 #include <tinyxml2.h>
@@ -56,27 +59,6 @@ public:
     bool syncValue = false;
     int savedVersion = 3;
     int loadedVersion = -100;
-};
-
-/** A connection child that knows only where it points. */
-class ProbeLink : public Element
-{
-public:
-    static uint32_t destinationId()
-    {
-        static const uint32_t id = ParameterRegistry::instance().registerString(
-            ParameterDescription<String>("Destination", String(), false, true));
-        return id;
-    }
-    ProbeLink() : Element("ProbeLink", "link")
-    {
-        addParameters({}, {}, {},
-                      {new ParameterInfo<String>(destinationId(), this, &ProbeLink::destination,
-                                                 &ProbeLink::setDestination)});
-    }
-    String destination() const { return target; }
-    void setDestination(const String& v) { target = v; }
-    String target;
 };
 
 std::string save(Element& element, SaveOptions options = {})
@@ -243,18 +225,18 @@ TEST(ElementPersistenceProperties, PersistentOnesAreReplacedOthersStay)
 
 TEST(ElementPersistenceConnections, SavedUnderTheirParameterAndReadBack)
 {
-    ElementFactory::instance().registerType("Probe link", "ProbeLink",
-                                            [] { return std::shared_ptr<Element>(std::make_shared<ProbeLink>()); });
+    SignalConnection::registerType();
     const uint32_t gain = ProbeElement::ids().gain;
     SyncedProbe probe;
-    auto link = std::make_shared<ProbeLink>();
-    link->target = "Gain";
-    envelopeOf(probe, gain)->addChild(link);
+    ConnectionSpec spec;
+    spec.source = String("Somewhere");
+    spec.parameter = gain;
+    spec.ratio = 0.25f;
+    ASSERT_TRUE(probe.addConnection(spec, false));
 
     const std::string text = save(probe);
-    EXPECT_NE(text.find("<Connections>\n            <ProbeLink Name=\"link\" Destination=\"Gain\"/>"),
-              std::string::npos)
-        << text;
+    EXPECT_NE(text.find("<Connections>\n            <SignalConnection "), std::string::npos) << text;
+    EXPECT_NE(text.find("ModulationDestination=\"Gain\""), std::string::npos) << text;
     SaveOptions legacy;
     legacy.legacyLayout = 1;
     EXPECT_EQ(save(probe, legacy).find("Connections"), std::string::npos);
@@ -263,20 +245,6 @@ TEST(ElementPersistenceConnections, SavedUnderTheirParameterAndReadBack)
     ASSERT_TRUE(load(copy, text));
     ASSERT_EQ(envelopeOf(copy, gain)->children().size(), 1u);
     EXPECT_EQ(save(copy), text);
-
-    ASSERT_TRUE(load(copy, document("", "<Connections><ProbeLink Destination=\"Nope\"/><Alien Destination=\"Gain\"/>"
-                                        "</Connections>")));
-    EXPECT_TRUE(envelopeOf(copy, gain)->children().empty()) << "old ones dropped, bad ones skipped";
-
-    ASSERT_TRUE(load(copy, "<HarrierProgram><SyncedProbe><SignalConnection ModulationDestination=\">Gain\"/>"
-                           "</SyncedProbe></HarrierProgram>"));
-    EXPECT_TRUE(envelopeOf(copy, gain)->children().empty()) << "no factory type, nothing added";
-
-    SaveOptions noConnections;
-    noConnections.loadConnections = 0;
-    envelopeOf(copy, gain)->addChild(std::make_shared<ProbeLink>());
-    ASSERT_TRUE(load(copy, document(""), noConnections));
-    EXPECT_EQ(envelopeOf(copy, gain)->children().size(), 1u);
 }
 
 TEST(ElementPersistenceListener, CountsAndVetoes)

@@ -74,8 +74,12 @@ void expectSameValues(const std::vector<float>& actual, const std::vector<float>
 {
     ASSERT_EQ(actual.size(), expected.size()) << when;
     for (size_t i = 0; i < actual.size(); ++i)
+    {
         if (i != manualFlangeSlot)
+        {
             EXPECT_NEAR(actual[i], expected[i], 1.0e-4f) << when << ", parameter " << i;
+        }
+    }
 }
 
 /** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */

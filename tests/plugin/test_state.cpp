@@ -77,8 +77,12 @@ void expectSameValues(const std::vector<float>& actual, const std::vector<float>
 {
     ASSERT_EQ(actual.size(), expected.size()) << when;
     for (size_t i = 0; i < actual.size(); ++i)
+    {
         if (i != manualFlangeSlot)
+        {
             EXPECT_NEAR(actual[i], expected[i], 1.0e-5f) << when << ", parameter " << i;
+        }
+    }
 }
 
 void expectSameElement(const tinyxml2::XMLElement* a, const tinyxml2::XMLElement* b)
