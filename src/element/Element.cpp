@@ -201,6 +201,13 @@ void Element::reset()
         child->reset();
 }
 
+template <typename T>
+void Element::mirrorInto(ParameterInfoBase& record, ElementState* state) const
+{
+    auto& info = static_cast<ParameterInfo<T>&>(record);
+    info.set(state, readParameter<T>(info.id(), nullptr));
+}
+
 void Element::syncState(RenderContext*, ElementState*)
 {
     applyPendingParameters(mainState_.get());
@@ -213,32 +220,11 @@ void Element::syncState(RenderContext*, ElementState*)
             continue;
         switch (record->kind())
         {
-        case ParameterKind::Float:
-        {
-            auto& info = static_cast<ParameterInfo<float>&>(*record);
-            info.set(second, readParameter<float>(info.id(), nullptr));
-            break;
-        }
-        case ParameterKind::Int:
-        {
-            auto& info = static_cast<ParameterInfo<int>&>(*record);
-            info.set(second, readParameter<int>(info.id(), nullptr));
-            break;
-        }
-        case ParameterKind::Bool:
-        {
-            auto& info = static_cast<ParameterInfo<bool>&>(*record);
-            info.set(second, readParameter<bool>(info.id(), nullptr));
-            break;
-        }
-        case ParameterKind::String:
-        {
-            auto& info = static_cast<ParameterInfo<String>&>(*record);
-            info.set(second, readParameter<String>(info.id(), nullptr));
-            break;
-        }
-        default:
-            break;
+        case ParameterKind::Float: mirrorInto<float>(*record, second); break;
+        case ParameterKind::Int: mirrorInto<int>(*record, second); break;
+        case ParameterKind::Bool: mirrorInto<bool>(*record, second); break;
+        case ParameterKind::String: mirrorInto<String>(*record, second); break;
+        default: break;
         }
     }
     for (auto* envelope : envelopes_)

@@ -297,6 +297,9 @@ private:
     ParameterInfo<T>* findTyped(uint32_t id) const;
     template <typename T>
     T readParameter(uint32_t id, bool* error) const;
+    /** Writes the parameter's current value into `state` (the mirror). */
+    template <typename T>
+    void mirrorInto(ParameterInfoBase& record, ElementState* state) const;
     template <typename T>
     void setImmediate(uint32_t id, const T& value);
     template <typename T>
