@@ -59,6 +59,11 @@ public:
     Signal<const Element&, unsigned int> elementSignal;
     Signal<Element&, unsigned int> elementSignal2;
 
+    /** A widget starts or ends one edit of (element, id); the host parameter bound to it
+        brackets the edit so the host records it as one automation gesture. */
+    Signal<Element&, unsigned int> beginGesture;
+    Signal<Element&, unsigned int> endGesture;
+
     /** The element a watched path resolves to now (tests and diagnostics). */
     Element* currentElement(const String& path);
 

@@ -34,6 +34,11 @@ ExportedPluginParameter::ExportedPluginParameter(Plugin& owner, EngineProxy* pro
       defaultName(defaultName),
       slot(slotIndex)
 {
+    if (proxy != nullptr)
+    {
+        proxy->beginGesture.connect(this, &ExportedPluginParameter::gestureBegan);
+        proxy->endGesture.connect(this, &ExportedPluginParameter::gestureEnded);
+    }
 }
 
 ExportedPluginParameter::~ExportedPluginParameter()
@@ -45,6 +50,11 @@ ExportedPluginParameter::~ExportedPluginParameter()
 void ExportedPluginParameter::detachFromProxy()
 {
     cancelPendingUpdate();
+    if (proxy != nullptr)
+    {
+        proxy->beginGesture.disconnect(this, &ExportedPluginParameter::gestureBegan);
+        proxy->endGesture.disconnect(this, &ExportedPluginParameter::gestureEnded);
+    }
     dropBinding();
     SimpleElementView::detachFromProxy();
 }
@@ -161,6 +171,23 @@ void ExportedPluginParameter::parameterChanged(Element* from, unsigned changedId
     if (from == nullptr || from != getElement() || changedId != id.load() || ignoreOwnWrite.load())
         return;
     sendValueChangedMessageToListeners(getValue());
+}
+
+bool ExportedPluginParameter::isThisParameter(const Element& from, unsigned changedId) const
+{
+    return bound.load() && &from == getElement() && changedId == id.load();
+}
+
+void ExportedPluginParameter::gestureBegan(Element& from, unsigned changedId)
+{
+    if (isThisParameter(from, changedId))
+        beginChangeGesture();
+}
+
+void ExportedPluginParameter::gestureEnded(Element& from, unsigned changedId)
+{
+    if (isThisParameter(from, changedId))
+        endChangeGesture();
 }
 
 float ExportedPluginParameter::normalise(Element& e) const

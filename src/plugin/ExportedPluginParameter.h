@@ -65,6 +65,9 @@ private:
     void tryBind(bool fromAppearance);
     void dropBinding();
     void parameterChanged(Element* from, unsigned changedId);
+    bool isThisParameter(const Element& from, unsigned changedId) const;
+    void gestureBegan(Element& from, unsigned changedId);
+    void gestureEnded(Element& from, unsigned changedId);
     void tellHost();
     float normalise(Element& e) const;
 

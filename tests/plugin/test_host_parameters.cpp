@@ -12,6 +12,7 @@
 #include <cmath>
 #include <limits>
 #include <thread>
+#include <vector>
 
 using namespace oxa;
 
@@ -97,8 +98,12 @@ struct HostSide : juce::AudioProcessorParameter::Listener
         lastIndex = index;
         lastValue = value;
     }
-    void parameterGestureChanged(int, bool) override {}
+    void parameterGestureChanged(int index, bool starting) override
+    {
+        gestures.push_back((starting ? 1 : -1) * (index + 1));
+    }
     int changes = 0;
+    std::vector<int> gestures; // +index+1 for a begin, -(index+1) for an end
     int lastIndex = -1;
     float lastValue = -1.0f;
 };
@@ -197,6 +202,34 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     EXPECT_EQ(host.lastIndex, plugin.level->getParameterIndex());
     EXPECT_FLOAT_EQ(host.lastValue, 0.2f);
     plugin.level->removeListener(&host);
+}
+
+TEST(HostParameters, EditorGesturesReachOnlyTheirOwnSlot)
+{
+    BoxPlugin plugin;
+    HostSide host;
+    plugin.level->addListener(&host);
+    plugin.choice->addListener(&host);
+    EngineProxy& proxy = *plugin.getProxy();
+    const int level = plugin.level->getParameterIndex() + 1;
+
+    proxy.beginGesture(*plugin.box, KnobBox::ids().level);
+    proxy.endGesture(*plugin.box, KnobBox::ids().level);
+    EXPECT_EQ(host.gestures, (std::vector<int> {level, -level}));
+
+    // another element with the same id, or an id no slot exports, is not ours
+    KnobBox stranger;
+    host.gestures.clear();
+    proxy.beginGesture(stranger, KnobBox::ids().level);
+    proxy.beginGesture(*plugin.box, KnobBox::ids().toggle + 1000);
+    EXPECT_TRUE(host.gestures.empty());
+
+    // an unbound slot says nothing to the host
+    plugin.unbindSlot(0, false);
+    proxy.beginGesture(*plugin.box, KnobBox::ids().level);
+    EXPECT_TRUE(host.gestures.empty());
+    plugin.level->removeListener(&host);
+    plugin.choice->removeListener(&host);
 }
 
 TEST(HostParameters, SlotsFollowAReplacedEngine)
