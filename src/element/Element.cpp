@@ -1,4 +1,5 @@
 #include "element/Element.h"
+#include "element/StoredFloat.h"
 
 #include "element/ConnectionSpec.h"
 #include "element/ElementParamEnvelope.h"
@@ -513,7 +514,7 @@ void Element::setBoolParameter(uint32_t id, bool value) { setImmediate<bool>(id,
 void Element::setFloatParameter(uint32_t id, float value)
 {
     if (std::isfinite(value))
-        setImmediate<float>(id, value);
+        setImmediate<float>(id, storedFloat(value));
 }
 
 void Element::setStringParameter(uint32_t id, const String& value, bool deferred)
@@ -525,7 +526,7 @@ void Element::setBoolParameter(uint32_t id, bool value, bool deferred) { setMayb
 void Element::setFloatParameter(uint32_t id, float value, bool deferred)
 {
     if (std::isfinite(value))
-        setMaybeDeferred<float>(id, value, deferred);
+        setMaybeDeferred<float>(id, storedFloat(value), deferred);
 }
 
 float Element::floatParameter(uint32_t id, bool* error) const { return readParameter<float>(id, error); }

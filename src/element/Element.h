@@ -177,6 +177,8 @@ public:
     virtual void setPolyphonic(bool polyphonic);
     virtual void saveXmlAttributes(tinyxml2::XMLElement* node, int& version);
     virtual bool loadXmlAttributes(const tinyxml2::XMLElement* node, int version);
+    /** Bools first, then the rest; a value missing from `node` (or a null node) takes its default. */
+    void loadParameterValues(const tinyxml2::XMLElement* node, uint32_t fromId = 0);
     virtual void prepareSecondState(double sampleRate);
     /** This element's own share of "MemorySize", in MB. */
     virtual double ownMemorySize() const;
@@ -220,6 +222,11 @@ public:
     /** Whether preset recall must leave the parameter alone ("<Name>Locked"). */
     bool isParameterLocked(uint32_t id) const;
     void setParameterLocked(uint32_t id, bool locked);
+
+    /** Writes the default of every persistent parameter from id `fromId` on through its
+        setter, in load order, so that a fresh element holds exactly what loading a document
+        without those values would give. */
+    void applyParameterDefaults(uint32_t fromId = 0);
 
     bool isModified() const { return (flags_ & IsModified) != 0; }
     void setModified();

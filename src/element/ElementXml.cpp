@@ -34,7 +34,7 @@ void setIntText(tinyxml2::XMLElement* node, const char* name, int value)
 bool readFloat(const tinyxml2::XMLElement* node, const char* name, float& value)
 {
     float parsed = 0.0f;
-    if (node->QueryFloatAttribute(name, &parsed) != tinyxml2::XML_SUCCESS || !std::isfinite(parsed))
+    if (node == nullptr || node->QueryFloatAttribute(name, &parsed) != tinyxml2::XML_SUCCESS || !std::isfinite(parsed))
         return false;
     value = parsed;
     return true;
@@ -42,7 +42,7 @@ bool readFloat(const tinyxml2::XMLElement* node, const char* name, float& value)
 
 bool readInt(const tinyxml2::XMLElement* node, const char* name, int& value)
 {
-    return node->QueryIntAttribute(name, &value) == tinyxml2::XML_SUCCESS;
+    return node != nullptr && node->QueryIntAttribute(name, &value) == tinyxml2::XML_SUCCESS;
 }
 
 /** Either the wrapper element or, in the old layout, the node itself. */
@@ -241,7 +241,14 @@ bool Element::loadXmlAttributes(const tinyxml2::XMLElement* node, int)
         return false;
     const char* storedName = node->Attribute("Name");
     setName(String(storedName != nullptr ? storedName : ""));
+    loadParameterValues(node);
+    return true;
+}
 
+void Element::applyParameterDefaults(uint32_t fromId) { loadParameterValues(nullptr, fromId); }
+
+void Element::loadParameterValues(const tinyxml2::XMLElement* node, uint32_t fromId)
+{
     const uint32_t syncId = parameterId("SyncToHost");
     // flags first, so that "SyncToHost" is known when the values it governs are checked
     for (int pass = 0; pass < 2; ++pass)
@@ -249,7 +256,7 @@ bool Element::loadXmlAttributes(const tinyxml2::XMLElement* node, int)
         for (const auto& record : parameters())
         {
             const ParameterFlags& flags = record->flags();
-            if (!flags.isPersistent() || flags.isOutput())
+            if (!flags.isPersistent() || flags.isOutput() || record->id() < fromId)
                 continue;
             const bool isBool = record->kind() == ParameterKind::Bool;
             if ((pass == 0) != isBool)
@@ -288,7 +295,7 @@ bool Element::loadXmlAttributes(const tinyxml2::XMLElement* node, int)
             case ParameterKind::String:
             {
                 const auto& d = static_cast<const ParameterDescription<String>&>(*record->description());
-                const char* text = node->Attribute(attribute);
+                const char* text = node != nullptr ? node->Attribute(attribute) : nullptr;
                 setStringParameter(id, text != nullptr ? String(text) : d.defaultValue);
                 break;
             }
@@ -297,7 +304,6 @@ bool Element::loadXmlAttributes(const tinyxml2::XMLElement* node, int)
             }
         }
     }
-    return true;
 }
 
 void Element::finishLoading()

@@ -16,8 +16,10 @@
 #include "element/ParameterRegistry.h"
 
 #include <atomic>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -152,14 +154,22 @@ public:
     {
         if (callGetter_ == nullptr)
             return description_->defaultValue;
-        return callGetter_(*this, const_cast<ElementState*>(state));
+        const T computed = callGetter_(*this, const_cast<ElementState*>(state));
+        if constexpr (std::is_same_v<T, float>)
+            return writtenValueFor(computed);
+        else
+            return computed;
     }
 
     /** Writes through the setter; `state` is ignored for global parameters. */
     void set(ElementState* state, const T& value) const
     {
-        if (callSetter_ != nullptr)
-            callSetter_(*this, state, value);
+        if (callSetter_ == nullptr)
+            return;
+        callSetter_(*this, state, value);
+        if constexpr (std::is_same_v<T, float>)
+            if (callGetter_ != nullptr)
+                rememberWrite(value, callGetter_(*this, state));
     }
 
     bool hasSetter() const { return callSetter_ != nullptr; }
@@ -230,6 +240,47 @@ private:
             });
     }
 
+    // Floats: a getter computes the value back from the state, and single-precision
+    // conversions may land it an ulp or two from what was written. While the state still
+    // holds what the last write made of it, the written value itself is read back, so
+    // that saving and reloading the state reproduces it exactly.
+    static uint64_t packWrite(float written, float readBack)
+    {
+        uint32_t a = 0, b = 0;
+        std::memcpy(&a, &written, 4);
+        std::memcpy(&b, &readBack, 4);
+        return (static_cast<uint64_t>(a) << 32) | b;
+    }
+
+    void rememberWrite(float written, float readBack) const
+    {
+        const bool inRange = !description_->hasRange()
+                             || (written >= description_->min && written <= description_->max);
+        const bool close = std::fabs(readBack - written) <= 1.0e-5f * std::fmax(1.0f, std::fabs(written));
+        if (std::isfinite(written) && std::isfinite(readBack) && inRange && close)
+            lastWrite_.store(packWrite(written, readBack));
+        else
+            lastWrite_.store(noWrite());
+    }
+
+    float writtenValueFor(float computed) const
+    {
+        const uint64_t packed = lastWrite_.load();
+        if (packed == noWrite())
+            return computed;
+        const auto readBack = static_cast<uint32_t>(packed);
+        uint32_t now = 0;
+        std::memcpy(&now, &computed, 4);
+        if (now != readBack)
+            return computed; // something else has moved the state since
+        const auto writtenBits = static_cast<uint32_t>(packed >> 32);
+        float written = 0.0f;
+        std::memcpy(&written, &writtenBits, 4);
+        return written;
+    }
+
+    static constexpr uint64_t noWrite() { return ~uint64_t {0}; }
+
     template <std::size_t... I, typename Call>
     static decltype(auto) callWithIndices(const ParameterInfo& info, std::index_sequence<I...>, Call&& call)
     {
@@ -249,6 +300,7 @@ private:
     detail::DeferredSlot<T> published_;
     std::atomic<uint8_t> hasPublished_ { 0 };
     std::atomic<uint8_t> pending_{0};
+    mutable std::atomic<uint64_t> lastWrite_ {noWrite()}; // floats: (written, read back)
     uint16_t indices_[3] = {0, 0, 0};
     uint8_t indexCount_;
 };

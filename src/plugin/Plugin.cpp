@@ -444,9 +444,9 @@ void Plugin::load(const tinyxml2::XMLElement* node)
         AutomationTarget target {String(path != nullptr ? path : ""), String(name != nullptr ? name : "")};
         if (!elementHasParameter(proxy.get(), target))
             continue;
-        String displayName(shown != nullptr ? shown : "");
-        if (displayName.isEmpty())
-            displayName = target.parameterName;
+        // An empty display name stays empty: the slot then shows the parameter's own
+        // display name, so the names a host lists do not change when a project reopens.
+        const String displayName(shown != nullptr ? shown : "");
         if (!slots[index]->targetPath().isEmpty())
             unbindSlot(index, true);
         bindSlot(index, target, displayName);

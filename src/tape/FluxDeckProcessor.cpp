@@ -66,7 +66,11 @@ FluxDeckProcessor::FluxDeckProcessor(const String& name) : BasicProcessingElemen
     (void) ids();
     setStates(std::make_unique<State>(this), std::make_unique<State>(this));
     bindParameters();
+    // Setters store some values in other units and precisions than the deck's own
+    // initial fields; a fresh processor must hold what a reload of it would hold.
+    // The base class's flags keep their own starting values.
     const uint32_t firstOwnId = ids().fade;
+    applyParameterDefaults(firstOwnId);
     for (const auto& parameter : parameters())
         if (parameter->id() < firstOwnId)
             ++firstOwnParameter;
@@ -162,6 +166,13 @@ bool FluxDeckProcessor::loadXmlAttributes(const tinyxml2::XMLElement* node, int 
     float stored = 0.0f;
     if (version < 1 && node != nullptr && node->QueryFloatAttribute("Hysteresis", &stored) == tinyxml2::XML_SUCCESS)
         setFloatParameter(ids().hysteresis, (stored * 2.0f + 1.0f) * 0.33333334f);
+    // The flange mode loads after the manual position, and switching to Manual moves the
+    // position to its start; a project saved in Manual mode reopens where it was left.
+    float manualPosition = 0.0f;
+    if (node != nullptr && intParameter(ids().flangeMode) == TapeChannel::manualMode
+        && node->QueryFloatAttribute("RelativeDelay", &manualPosition) == tinyxml2::XML_SUCCESS
+        && std::isfinite(manualPosition))
+        setFloatParameter(ids().relativeDelay, std::clamp(manualPosition, -1.0f, 1.0f));
     return loaded;
 }
 

@@ -26,14 +26,8 @@ inline double anhysteretic(double m, double a) noexcept
 void RecordHead::prepare(double newSampleRate)
 {
     sampleRate = newSampleRate;
-    const auto first = static_cast<std::uint32_t>(std::rand());
-    const auto second = static_cast<std::uint32_t>(std::rand());
-    random.seed(first, second);
-    for (float& row : noiseRows)
-        row = 0.0f;
-    noiseSum = 0.0f;
+    restartNoise(random.a, random.b);
     gateEnvelope = 0.0;
-    noiseCounter = 1;
     const double span = 2.0 * gateTime * sampleRate;
     gateCoefficient = (span - 1.0) / (span + 1.0);
     magnetisation = 0.0;
@@ -45,6 +39,15 @@ void RecordHead::reset() noexcept
     magnetisation = 0.0;
     step = 0.0;
     gateEnvelope = 0.0;
+}
+
+void RecordHead::restartNoise(std::uint32_t first, std::uint32_t second) noexcept
+{
+    random.seed(first, second);
+    for (float& row : noiseRows)
+        row = 0.0f;
+    noiseSum = 0.0f;
+    noiseCounter = 1;
 }
 
 void RecordHead::setOn(bool enabled) noexcept

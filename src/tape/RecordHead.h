@@ -29,10 +29,12 @@ struct RecordHead
     double gateCoefficient = 0.0;
     double gateEnvelope = 0.0;
 
-    // Seeds the noise from rand(); not for the audio thread.
+    // Sets the rate and starts the noise from the current seeds.
     void prepare(double newSampleRate);
     // Integrator and gate follower back to rest.
     void reset() noexcept;
+    // New noise seeds, and the pink noise filter from rest.
+    void restartNoise(std::uint32_t first, std::uint32_t second) noexcept;
 
     // Switching either flag starts the model from rest.
     void setOn(bool enabled) noexcept;

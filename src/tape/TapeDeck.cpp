@@ -51,7 +51,10 @@ void TapeDeck::reset() noexcept
     std::fill(spareRing.begin(), spareRing.end(), 0.0);
     std::fill(speedHistory.begin(), speedHistory.end(), 0.0);
     sampleCounter = 0;
-    transport.restoreSeeds();
+    transport.restart();
+    // A replay starts the sweep where the last one started and at full level.
+    lfoPhaseAccumulator = 0.0f;
+    makeupRamp.set(static_cast<float>(makeupTarget));
     demagnetisation.reset();
 }
 

@@ -70,7 +70,7 @@ struct TapeDeck
 
     // Allocates the two-second tape; not for the audio thread.
     void prepare(double newSampleRate);
-    // Blank tape, heads at their start, shared random seeds.
+    // Blank tape, heads, transport and LFO at their start, shared random seeds.
     void reset() noexcept;
 
     // ---- setter support: writes with side effects ----
@@ -104,7 +104,7 @@ struct TapeDeck
     // Forward head: the effect's latency. Feedback head: the feedback delay.
     void setForwardDelay(double seconds) noexcept { heads[forwardHead].setDelay(seconds); }
     void setFeedbackDelay(double seconds) noexcept { heads[feedbackHeadIndex].setDelay(seconds); }
-    // Channel unsync: own seeds from rand(), or back to the shared ones.
+    // Channel unsync: seeds of the deck's own, or back to the shared ones.
     void reseedTransport(std::uint32_t r1, std::uint32_t r2) noexcept { transport.reseed(r1, r2); }
     void restoreTransportSeeds() noexcept { transport.restoreSeeds(); }
 

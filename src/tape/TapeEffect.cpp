@@ -109,6 +109,7 @@ void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, 
         line.configure(maxBlock, static_cast<std::uint32_t>(newSampleRate * 0.06));
         line.interpolation = DelayLine::linear;
     }
+    reseed();
 }
 
 void TapeEffectState::reset() noexcept
@@ -117,6 +118,21 @@ void TapeEffectState::reset() noexcept
         channel.reset();
     for (DelayLine& line : dryDelays)
         line.clear();
+    reseed();
+}
+
+void TapeEffectState::reseed() noexcept
+{
+    seeds.restart();
+    forEachDeck([this](TapeDeck& deck) {
+        const std::uint32_t first = seeds.next();
+        deck.recordHead.restartNoise(first, seeds.next());
+    });
+    if (noiseSync)
+        forEachDeck([this](TapeDeck& deck) {
+            const std::uint32_t first = seeds.next();
+            deck.reseedTransport(first, seeds.next());
+        });
 }
 
 float TapeEffectState::render(float* const* channelData, std::uint32_t channelCount, std::uint32_t n,
@@ -200,12 +216,11 @@ void TapeEffectState::setLowLatency(bool on, double requestedFlangeDepth) noexce
 void TapeEffectState::setNoiseSync(bool unsync) noexcept
 {
     noiseSync = unsync;
-    forEachDeck([unsync](TapeDeck& deck) {
+    forEachDeck([this, unsync](TapeDeck& deck) {
         if (unsync)
         {
-            const auto r1 = static_cast<std::uint32_t>(std::rand());
-            const auto r2 = static_cast<std::uint32_t>(std::rand());
-            deck.reseedTransport(r1, r2);
+            const std::uint32_t r1 = seeds.next();
+            deck.reseedTransport(r1, seeds.next());
         }
         else
         {

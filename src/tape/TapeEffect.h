@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tape/DelayLine.h"
+#include "tape/SeedSequence.h"
 #include "tape/TapeChannel.h"
 
 #include <cstdint>
@@ -41,6 +42,7 @@ struct TapeEffectState
     // Working values of the render, set by prepare.
     double sampleRate = 0.0;
     std::uint32_t maxBlock = 0;
+    SeedSequence seeds;
 
     static constexpr float normalLatency = 0.06f;
     static constexpr float lowLatencyValue = 0.01f;
@@ -50,7 +52,7 @@ struct TapeEffectState
 
     // Sizes all channels and lines; not for the audio thread.
     void prepare(double newSampleRate, std::uint32_t maxBlockSize, std::uint32_t channelCount);
-    // Blank tapes and dry lines, shared seeds.
+    // Blank tapes and dry lines; the noise and drift seeds start over.
     void reset() noexcept;
     std::unique_ptr<TapeEffectState> clone() const { return std::make_unique<TapeEffectState>(*this); }
 
@@ -78,8 +80,11 @@ struct TapeEffectState
     void setFlangeDepth(double seconds) noexcept;
     // Latency and the forward heads follow; depth is limited when switching on.
     void setLowLatency(bool on, double requestedFlangeDepth) noexcept;
-    // Own random seeds per deck from rand(), or the shared seeds back.
+    // Own random seeds per deck from the seed sequence, or the shared seeds back.
     void setNoiseSync(bool unsync) noexcept;
+    // Restarts the seed sequence: fresh noise seeds for every record head, and
+    // own drift seeds per deck while unsynchronised.
+    void reseed() noexcept;
     // Stores the LFO frequency (Hz, or beats per cycle when synchronised) and
     // sets every deck's LFO rate.
     void setLfoFrequency(float value, bool syncToHost, float hostTempo) noexcept;

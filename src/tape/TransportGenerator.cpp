@@ -15,6 +15,20 @@ void TransportGenerator::restoreSeeds() noexcept
     randomNext = resetRandomNext;
 }
 
+void TransportGenerator::restart() noexcept
+{
+    restoreSeeds();
+    randomPrevious = 0.0;
+    randomSlope3 = 0.0;
+    randomSlope2 = 0.0;
+    wowPhase = 0.0;
+    flutterPhase = 0.0;
+    randomPhase = 0.0;
+    randomValue = 0.0;
+    speedDeviationPrevious = 0.0f;
+    speedDeviationCurrent = 0.0f;
+}
+
 void TransportGenerator::reseed(std::uint32_t r1, std::uint32_t r2) noexcept
 {
     const std::uint32_t a = r1 ^ r2;

@@ -41,7 +41,10 @@ struct TransportGenerator
 
     // Back to the shared seeds, so that all decks drift alike.
     void restoreSeeds() noexcept;
-    // Seeds from two rand() values, so that decks drift apart.
+    // Shared seeds, and wow, flutter and drift from their start, so that a
+    // replay from the same start wavers exactly as the last one did.
+    void restart() noexcept;
+    // Seeds of a deck's own, so that decks drift apart.
     void reseed(std::uint32_t r1, std::uint32_t r2) noexcept;
 
     // One tick: writes the speed (factor times nominal speed) for tick index

@@ -286,7 +286,8 @@ TEST(HostParameters, BindingsSaveLoadAndBind)
     EXPECT_FALSE(plugin.choice->isBound());
     EXPECT_FALSE(plugin.toggle->isBound());
     ASSERT_TRUE(plugin.spare->isBound());
-    EXPECT_EQ(plugin.spare->getName(100), juce::String("KnobLevel")) << "empty display name takes the target name";
+    EXPECT_EQ(plugin.spare->getName(100), juce::String("Knob Level"))
+        << "without a saved display name the slot shows the parameter's own, as before the save";
     EXPECT_FLOAT_EQ(plugin.spare->getValue(), 0.5f);
 
     // bind: a known target is refused, a free target goes back to its old slot first

@@ -1,6 +1,7 @@
 // The processor's parameter table and the routing of writes into the decks.
 #include "element/ParameterInfo.h"
 #include "element/ParameterRegistry.h"
+#include "element/StoredFloat.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <gtest/gtest.h>
@@ -99,13 +100,14 @@ TEST(ProcessorParameters, EveryRowReadsBackWhatWasWritten)
     {
         if (const auto* f = registry.floatDescription(row))
         {
-            // Two points inside the range, so a getter that returns a constant fails.
+            // Two points inside the range, so a getter that returns a constant fails. A
+            // value comes back exactly as its saved text would give it, not an ulp beside.
             for (float fraction : {0.23f, 0.81f})
             {
                 const float value = f->min + fraction * (f->max - f->min);
                 processor->setFloatParameter(row, value);
-                const float back = processor->floatParameter(row);
-                EXPECT_NEAR(back, value, 2e-4f * std::max(1.0f, std::fabs(value))) << f->name.c_str();
+                EXPECT_EQ(processor->floatParameter(row), storedFloat(value)) << f->name.c_str();
+                EXPECT_NEAR(storedFloat(value), value, 1e-6f * std::max(1.0f, std::fabs(value)));
             }
         }
         else if (const auto* i = registry.intDescription(row))
@@ -272,8 +274,20 @@ TEST(ProcessorInterplay, ManualModeMovesTheFlangeToItsStart)
     processor->setFloatParameter(id.relativeDelay, 0.5f);
     ChangeLog log(*processor);
     processor->setIntParameter(id.flangeMode, 0);
-    EXPECT_FLOAT_EQ(processor->floatParameter(id.relativeDelay), -1.0f);
+    EXPECT_FLOAT_EQ(processor->floatParameter(id.relativeDelay), -1.0f) << "the state moved: the written 0.5 is gone";
     EXPECT_TRUE(log.saw(id.relativeDelay));
+
+    // A document saved in Manual mode keeps its position, though the mode loads after it.
+    processor->setFloatParameter(id.relativeDelay, 0.25f);
+    tinyxml2::XMLDocument doc;
+    auto* node = doc.NewElement("FluxDeck");
+    doc.InsertEndChild(node);
+    int version = 0;
+    processor->saveXmlAttributes(node, version);
+    auto reopened = makeProcessor();
+    reopened->loadXmlAttributes(node, version);
+    EXPECT_EQ(reopened->intParameter(id.flangeMode), 0);
+    EXPECT_EQ(reopened->floatParameter(id.relativeDelay), 0.25f);
 }
 
 TEST(ProcessorInterplay, WowRateTellsTheDepthAndLowLatencyLimitsTheDepth)
