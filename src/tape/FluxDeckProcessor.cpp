@@ -189,9 +189,12 @@ void FluxDeckProcessor::setBus(uint32_t index, AudioBus* bus)
 {
     const uint32_t before = channelCount();
     BasicProcessingElement::setBus(index, bus);
-    // A bus that arrives after prepare brings the channel count the states were missing.
+    // A bus that arrives after prepare brings the channel count the states were missing;
+    // only the channels it adds need tape, the prepared ones keep theirs.
     if (index == 0 && isPrepared() && channelCount() != before && channelCount() > 0)
-        prepareToRender();
+        for (ElementState* state : {mainState(), secondState()})
+            if (auto* s = dynamic_cast<State*>(state); s != nullptr && s->sampleRate > 0.0)
+                s->setChannelCount(channelCount());
 }
 
 std::shared_ptr<SignalMonitoringFIFO> FluxDeckProcessor::getMonitor()

@@ -9,6 +9,16 @@ void TapeChannel::prepare(double sampleRate)
         deck.prepare(sampleRate);
 }
 
+TapeChannel TapeChannel::copyWithoutTape()
+{
+    TapeChannel copy;
+    for (int d = 0; d < 2; ++d)
+        copy.decks[d] = decks[d].copyWithoutTape();
+    copy.phaseInvert = phaseInvert;
+    copy.flangeMode = flangeMode;
+    return copy;
+}
+
 void TapeChannel::reset() noexcept
 {
     for (TapeDeck& deck : decks)

@@ -20,6 +20,8 @@ struct TapeChannel
 
     void prepare(double sampleRate);
     void reset() noexcept;
+    // Settings and state without the decks' tape; see TapeDeck::copyWithoutTape.
+    TapeChannel copyWithoutTape();
 
     TapeDeck& first() noexcept { return decks[0]; }
     TapeDeck& second() noexcept { return decks[1]; }

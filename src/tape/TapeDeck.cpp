@@ -34,7 +34,24 @@ void TapeDeck::prepare(double newSampleRate)
     blank(outputRing, ringLength);
     blank(spareRing, ringLength);
     blank(speedHistory, ringLength / 32);
+    sampleCounter = 0; // the tape is blank already: reset need not clear it again
     reset();
+}
+
+TapeDeck TapeDeck::copyWithoutTape()
+{
+    std::vector<double> input = std::move(inputRing), output = std::move(outputRing), spare = std::move(spareRing),
+                        history = std::move(speedHistory);
+    inputRing.clear();
+    outputRing.clear();
+    spareRing.clear();
+    speedHistory.clear();
+    TapeDeck copy(*this);
+    inputRing = std::move(input);
+    outputRing = std::move(output);
+    spareRing = std::move(spare);
+    speedHistory = std::move(history);
+    return copy;
 }
 
 void TapeDeck::reset() noexcept
@@ -46,10 +63,15 @@ void TapeDeck::reset() noexcept
     threeBand.reset();
     for (TapeHead& head : heads)
         head.reset();
-    std::fill(inputRing.begin(), inputRing.end(), 0.0);
-    std::fill(outputRing.begin(), outputRing.end(), 0.0);
-    std::fill(spareRing.begin(), spareRing.end(), 0.0);
-    std::fill(speedHistory.begin(), speedHistory.end(), 0.0);
+    // Only a render writes the tape, and every render moves the sample counter: a deck
+    // still at sample 0 has blank tape, and clearing megabytes again would only cost time.
+    if (sampleCounter != 0)
+    {
+        std::fill(inputRing.begin(), inputRing.end(), 0.0);
+        std::fill(outputRing.begin(), outputRing.end(), 0.0);
+        std::fill(spareRing.begin(), spareRing.end(), 0.0);
+        std::fill(speedHistory.begin(), speedHistory.end(), 0.0);
+    }
     sampleCounter = 0;
     transport.restart();
     // A replay starts the sweep where the last one started and at full level.

@@ -70,6 +70,9 @@ struct TapeDeck
 
     // Allocates the two-second tape; not for the audio thread.
     void prepare(double newSampleRate);
+    // The deck's settings and state without its tape (the rings come back empty): a new
+    // channel takes the settings over and allocates tape of its own.
+    TapeDeck copyWithoutTape();
     // Blank tape, heads, transport and LFO at their start, shared random seeds.
     void reset() noexcept;
 

@@ -96,20 +96,32 @@ void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, 
 {
     sampleRate = newSampleRate;
     maxBlock = std::max<std::uint32_t>(maxBlockSize, 1);
-    // New channels take the settings the setters left on the first one.
-    if (channels.empty())
-        channels.resize(channelCount);
-    else
-        channels.resize(channelCount, channels.front());
-    dryDelays.resize(channelCount);
+    channels.resize(std::min<std::size_t>(channels.size(), channelCount));
+    dryDelays.clear();
     for (TapeChannel& channel : channels)
         channel.prepare(newSampleRate);
-    for (DelayLine& line : dryDelays)
+    setChannelCount(channelCount);
+}
+
+void TapeEffectState::setChannelCount(std::uint32_t channelCount)
+{
+    const std::size_t before = channels.size();
+    if (channelCount < before)
+        channels.resize(channelCount);
+    // New channels take the settings the setters left on the first one.
+    for (std::size_t c = before; c < channelCount; ++c)
     {
-        line.configure(maxBlock, static_cast<std::uint32_t>(newSampleRate * 0.06));
-        line.interpolation = DelayLine::linear;
+        channels.push_back(c == 0 ? TapeChannel() : channels.front().copyWithoutTape());
+        channels.back().prepare(sampleRate);
     }
-    reseed();
+    const std::size_t lines = dryDelays.size();
+    dryDelays.resize(channelCount);
+    for (std::size_t c = lines; c < channelCount; ++c)
+    {
+        dryDelays[c].configure(maxBlock, static_cast<std::uint32_t>(sampleRate * 0.06));
+        dryDelays[c].interpolation = DelayLine::linear;
+    }
+    reset();
 }
 
 void TapeEffectState::reset() noexcept

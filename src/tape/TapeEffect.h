@@ -52,6 +52,9 @@ struct TapeEffectState
 
     // Sizes all channels and lines; not for the audio thread.
     void prepare(double newSampleRate, std::uint32_t maxBlockSize, std::uint32_t channelCount);
+    // After prepare: adds channels (prepared, with the first one's settings) or drops
+    // them, and starts every channel from blank tape. Not for the audio thread.
+    void setChannelCount(std::uint32_t channelCount);
     // Blank tapes and dry lines; the noise and drift seeds start over.
     void reset() noexcept;
     std::unique_ptr<TapeEffectState> clone() const { return std::make_unique<TapeEffectState>(*this); }

@@ -175,6 +175,29 @@ TEST(TapeEffect, AddedChannelsKeepTheSettings)
     EXPECT_EQ(added.decks[0].drive, 10.0);
     EXPECT_EQ(added.decks[1].ringLength, 96000u);
     EXPECT_EQ(state.dryDelays[1].maxDelay, 2880u);
+
+    // Channels added after prepare, when the bus arrives: same settings, own blank tape,
+    // and they play like the first channel (the hiss aside, which each deck has of its own).
+    state.forEachDeck([](TapeDeck& deck) { deck.noiseGain = 0.0; });
+    (void) process(state, {testSignal(4096, 1), testSignal(4096, 2)}, 256);
+    state.setChannelCount(4);
+    ASSERT_EQ(state.channels.size(), 4u);
+    ASSERT_EQ(state.dryDelays.size(), 4u);
+    for (const TapeChannel& channel : state.channels)
+    {
+        EXPECT_EQ(channel.decks[0].drive, 10.0);
+        EXPECT_EQ(channel.decks[1].inputRing.size(), 96000u);
+        EXPECT_EQ(channel.decks[1].sampleCounter, 0u);
+    }
+    EXPECT_NE(state.channels[0].decks[0].inputRing.data(), state.channels[3].decks[0].inputRing.data());
+    const auto x = testSignal(8192, 5);
+    const auto out = process(state, {x, x, x, x}, 256);
+    for (std::size_t c = 1; c < out.size(); ++c)
+        for (std::size_t n = 0; n < x.size(); ++n)
+            ASSERT_NEAR(out[c][n], out[0][n], 1e-4f) << "channel " << c << ", sample " << n;
+    state.setChannelCount(1);
+    EXPECT_EQ(state.channels.size(), 1u);
+    EXPECT_EQ(state.dryDelays.size(), 1u);
 }
 
 TEST(TapeEffect, PhaseInvertAtEqualDelaysCancels)
