@@ -129,7 +129,14 @@ void Plugin::getStateInformation(juce::MemoryBlock& destination)
 
 void Plugin::setStateInformation(const void* data, int sizeInBytes)
 {
-    const String basePath; // only the standalone application has one
+    // Only the standalone application has a place of its own that relative paths in a
+    // state can start from: the folder it runs from. A plug-in's host decides nothing here.
+    String basePath;
+    if (wrapperType == wrapperType_Standalone)
+        basePath = String(juce::File::getSpecialLocation(juce::File::currentApplicationFile)
+                              .getParentDirectory()
+                              .getFullPathName()
+                              .toStdString());
     std::shared_ptr<tinyxml2::XMLDocument> document = parseStateChunk(data, sizeInBytes);
     {
         const juce::ScopedLock guard(pendingStateLock);
