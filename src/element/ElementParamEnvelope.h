@@ -63,6 +63,9 @@ public:
     bool isConnected() const { return !children().empty(); }
 
     // ---- connections (message thread; the caller holds the tree lock while rendering runs)
+    // The element's own forms address a parameter of the element; these address this envelope.
+    using Element::addConnection;
+    using Element::removeConnection;
     /** Builds a connection from `spec` through the element factory and attaches it.
         False for a name already taken or when the connection type is unknown. */
     bool addConnection(const ConnectionSpec& spec);

@@ -14,7 +14,6 @@ namespace oxa
 {
 namespace
 {
-bool isSyncDisplayType(int displayType) { return displayType == 4 || displayType == 6 || displayType == 8; }
 
 void setFloatText(tinyxml2::XMLElement* node, const char* name, float value)
 {

@@ -19,11 +19,6 @@ const std::shared_ptr<ParameterModulationType>& MultiplicativeParameterModulatio
     return instance;
 }
 
-namespace
-{
-bool isSyncDisplayType(int displayType) { return displayType == 4 || displayType == 6 || displayType == 8; }
-} // namespace
-
 ParameterDescription<float>::ParameterDescription(const String& name, float defaultValue, float min, float max,
                                                   int displayType, uint32_t mapperFlags, ParameterMapper* mapper,
                                                   bool isOutput, bool isGlobal, uint32_t controlRate)

@@ -92,6 +92,9 @@ public:
     ParameterFlags flags;
 };
 
+/** Display types whose value turns into a note length while "SyncToHost" is on. */
+inline bool isSyncDisplayType(int displayType) { return displayType == 4 || displayType == 6 || displayType == 8; }
+
 /** How a modulation offset combines with the base value. */
 class ParameterModulationType
 {
