@@ -1,9 +1,16 @@
 #include "engine/ProcessingElement.h"
 
 #include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <tinyxml2.h>
+#include "element/ElementFactory.h"
 #include "element/ElementParamEnvelope.h"
+#include "element/ElementPersistence.h"
 #include "element/ParameterRegistry.h"
+#include "engine/ControlSignalSource.h"
 #include "engine/EnvelopeRunner.h"
+#include "engine/EventProcessor.h"
 
 namespace oxa
 {
@@ -46,10 +53,37 @@ bool ProcessingElement::isBypassed() const
     return state != nullptr && state->bypass;
 }
 
+namespace
+{
+/** Prepares an owned element unless the child walk of prepare() already did it with these settings. */
+void prepareLike(Element& owned, const Element& owner)
+{
+    if (owned.isPrepared() && owned.sampleRate() == owner.sampleRate() && owned.maxBlockSize() == owner.maxBlockSize())
+        return;
+    owned.prepare(owner.sampleRate(), owner.maxBlockSize());
+}
+
+std::unique_lock<std::recursive_mutex> treeGuard(Element& element, bool takeLock)
+{
+    std::unique_lock<std::recursive_mutex> guard(element.lock(), std::defer_lock);
+    if (takeLock)
+        guard.lock();
+    return guard;
+}
+} // namespace
+
 void ProcessingElement::prepareToRender()
 {
     if (bus(0) != nullptr || buses.empty())
         Element::prepareToRender();
+    if (isPrepared())
+    {
+        for (ControlSignalSource* source : controlSources)
+            prepareLike(*source, *this);
+        for (EventProcessor* processor : eventProcessors)
+            if (processor != nullptr)
+                prepareLike(*processor, *this);
+    }
     for (AudioBus* b : buses)
         if (b != nullptr && b->blockLength < maxBlockSize())
             b->blockLength = maxBlockSize();
@@ -93,11 +127,35 @@ void ProcessingElement::pushToRing(const EngineEvent& event)
     ringWrite.store(write + 1, std::memory_order_release);
 }
 
+bool ProcessingElement::isOwnControlSource(const Element* element) const
+{
+    return std::find(controlSources.begin(), controlSources.end(), element) != controlSources.end();
+}
+
 void ProcessingElement::forwardEventsToChildren(RenderContext& context, EventList& events, uint32_t numSamples)
 {
     for (const auto& child : children())
-        if (auto* pe = dynamic_cast<ProcessingElement*>(child.get()); pe != nullptr && pe->hasBehaviour(receivesEvents))
+        if (auto* pe = dynamic_cast<ProcessingElement*>(child.get());
+            pe != nullptr && pe->hasBehaviour(receivesEvents) && !isOwnControlSource(pe))
             pe->processEvents(context, events, numSamples);
+}
+
+void ProcessingElement::forwardEventsToControlSources(RenderContext& context, EventList& events, uint32_t numSamples)
+{
+    for (ControlSignalSource* source : controlSources)
+        if (source->hasBehaviour(receivesEvents))
+            source->processEvents(context, events, numSamples);
+}
+
+void ProcessingElement::renderControlSources(RenderContext& context, uint32_t numSamples)
+{
+    for (ControlSignalSource* source : controlSources)
+    {
+        source->applyPendingParameters(source->mainState());
+        // a polyphonic source renders per voice, from the voice's own path
+        if (!source->isPolyphonic())
+            source->render(context, numSamples);
+    }
 }
 
 void ProcessingElement::processEvents(RenderContext& context, EventList& events, uint32_t numSamples)
@@ -109,6 +167,7 @@ void ProcessingElement::processEvents(RenderContext& context, EventList& events,
     if (ringEmpty && eventProcessors.empty() && !hasBehaviour(filtersEvents))
     {
         handleEvents(context, events, numSamples);
+        forwardEventsToControlSources(context, events, numSamples);
         forwardEventsToChildren(context, events, numSamples);
         return;
     }
@@ -135,7 +194,11 @@ void ProcessingElement::processEvents(RenderContext& context, EventList& events,
     ringRead.store(read, std::memory_order_release);
 
     workingEvents.sortByOffset();
+    for (EventProcessor* processor : eventProcessors)
+        if (processor != nullptr)
+            processor->processEvents(context, workingEvents, numSamples);
     handleEvents(context, workingEvents, numSamples);
+    forwardEventsToControlSources(context, workingEvents, numSamples);
     forwardEventsToChildren(context, workingEvents, numSamples);
 }
 
@@ -197,6 +260,7 @@ void ProcessingElement::render(RenderContext& context, uint32_t numSamples)
 
     ElementState* state = context.stateFor(*this);
     updateState(context, state, numSamples);
+    renderControlSources(context, numSamples);
 
     const bool bypassed = static_cast<ProcessingElementState*>(state)->bypass;
     if (!bypassed || rendersWhenBypassed())
@@ -236,5 +300,195 @@ void ProcessingElement::applyControlBlock(RenderContext& context, ElementState* 
 {
     for (ElementParamEnvelope* envelope : connectedEnvelopes())
         applyEnvelopeValue(*envelope, *this, state, index);
+}
+
+// ---- control sources and event processors -------------------------------------
+
+void ProcessingElement::addControlSource(const std::shared_ptr<ControlSignalSource>& source, bool takeLock)
+{
+    if (!source)
+        return;
+    auto guard = treeGuard(*this, takeLock);
+    if (isOwnControlSource(source.get()))
+        return;
+    if (source->parent() != this)
+        addChild(source);
+    if (isPrepared())
+        prepareLike(*source, *this);
+    controlSources.push_back(source.get());
+    controlSourceAdded(this, source.get());
+}
+
+bool ProcessingElement::removeControlSource(ControlSignalSource* source, bool takeLock)
+{
+    auto guard = treeGuard(*this, takeLock);
+    auto it = std::find(controlSources.begin(), controlSources.end(), source);
+    if (source == nullptr || it == controlSources.end())
+        return false;
+    std::shared_ptr<Element> keep = source->shared_from_this(); // alive until listeners were told
+    controlSources.erase(it);
+    controlSourceRemoved(this, source);
+    if (source->parent() == this)
+        removeChild(source);
+    return true;
+}
+
+void ProcessingElement::clearControlSources(bool takeLock)
+{
+    auto guard = treeGuard(*this, takeLock);
+    while (!controlSources.empty())
+        removeControlSource(controlSources.back(), false);
+}
+
+void ProcessingElement::addEventProcessor(const std::shared_ptr<EventProcessor>& processor, bool takeLock)
+{
+    auto guard = treeGuard(*this, takeLock);
+    if (processor != nullptr)
+    {
+        if (std::find(eventProcessors.begin(), eventProcessors.end(), processor.get()) != eventProcessors.end())
+            return;
+        if (processor->parent() != this)
+            addChild(processor);
+        if (isPrepared())
+            prepareLike(*processor, *this);
+    }
+    eventProcessors.push_back(processor.get());
+    eventProcessorAdded(this, processor.get());
+}
+
+bool ProcessingElement::removeEventProcessor(EventProcessor* processor, bool takeLock)
+{
+    auto guard = treeGuard(*this, takeLock);
+    auto it = std::find(eventProcessors.begin(), eventProcessors.end(), processor);
+    if (it == eventProcessors.end())
+        return false;
+    std::shared_ptr<Element> keep = processor != nullptr ? processor->shared_from_this() : nullptr;
+    eventProcessors.erase(it);
+    eventProcessorRemoved(this, processor);
+    if (processor != nullptr && processor->parent() == this)
+        removeChild(processor);
+    return true;
+}
+
+void ProcessingElement::clearEventProcessors(bool takeLock)
+{
+    auto guard = treeGuard(*this, takeLock);
+    while (!eventProcessors.empty())
+        removeEventProcessor(eventProcessors.back(), false);
+}
+
+// ---- persistence ----------------------------------------------------------------
+
+namespace
+{
+/** Keeps a group that got children, frees one that stayed empty. */
+void keepIfFilled(tinyxml2::XMLElement* node, tinyxml2::XMLElement* group)
+{
+    if (group->FirstChild() != nullptr)
+        node->InsertEndChild(group);
+    else
+        node->GetDocument()->DeleteNode(group);
+}
+
+constexpr const char* emptyProcessorTag = "EmptyEventProcessor";
+} // namespace
+
+tinyxml2::XMLElement* ProcessingElement::saveXml(tinyxml2::XMLElement* parent, SaveOptions& options)
+{
+    tinyxml2::XMLElement* node = Element::saveXml(parent, options);
+    if (node == nullptr)
+        return nullptr;
+    // The old flat form has no groups and no way to mark an empty slot.
+    const bool flat = options.legacyLayout != 0;
+
+    if (!controlSources.empty())
+    {
+        tinyxml2::XMLElement* group = flat ? node : node->GetDocument()->NewElement("ControlSignalSources");
+        for (ControlSignalSource* source : controlSources)
+            if (source->isSaved())
+                source->saveXml(group, options);
+        if (!flat)
+            keepIfFilled(node, group);
+    }
+
+    if (!eventProcessors.empty())
+    {
+        tinyxml2::XMLElement* group = flat ? node : node->GetDocument()->NewElement("EventProcessors");
+        for (EventProcessor* processor : eventProcessors)
+        {
+            if (processor == nullptr)
+            {
+                if (!flat)
+                    group->InsertNewChildElement(emptyProcessorTag);
+            }
+            else if (processor->isSaved())
+                processor->saveXml(group, options);
+        }
+        if (!flat)
+            keepIfFilled(node, group);
+    }
+    return node;
+}
+
+bool ProcessingElement::loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int version)
+{
+    clearControlSources();
+    clearEventProcessors();
+    const bool loaded = Element::loadXml(node, options, version);
+    // the base only fails without a node or when a listener vetoed this element
+    if (node == nullptr || (!loaded && options.loadListener != nullptr))
+        return loaded;
+    if (version == legacyDocumentVersion)
+        loadFlatSourcesAndProcessors(node, options, version);
+    else
+        loadSourcesAndProcessors(node, options, version);
+    return loaded;
+}
+
+void ProcessingElement::loadSourcesAndProcessors(const tinyxml2::XMLElement* node, SaveOptions& options, int version)
+{
+    auto& factory = ElementFactory::instance();
+    if (const tinyxml2::XMLElement* group = node->FirstChildElement("ControlSignalSources"))
+        for (auto* child = group->FirstChildElement(); child != nullptr; child = child->NextSiblingElement())
+        {
+            auto source = std::dynamic_pointer_cast<ControlSignalSource>(factory.create(String(child->Name())));
+            if (source != nullptr && source->loadXml(child, options, version))
+                addControlSource(source);
+        }
+
+    if (const tinyxml2::XMLElement* group = node->FirstChildElement("EventProcessors"))
+        for (auto* child = group->FirstChildElement(); child != nullptr; child = child->NextSiblingElement())
+        {
+            if (std::strcmp(child->Name(), emptyProcessorTag) == 0)
+            {
+                addEventProcessor(nullptr);
+                continue;
+            }
+            auto processor = std::dynamic_pointer_cast<EventProcessor>(factory.create(String(child->Name())));
+            if (processor != nullptr && processor->loadXml(child, options, version))
+                addEventProcessor(processor);
+        }
+}
+
+void ProcessingElement::loadFlatSourcesAndProcessors(const tinyxml2::XMLElement* node, SaveOptions& options,
+                                                     int version)
+{
+    auto& factory = ElementFactory::instance();
+    for (auto* child = node->FirstChildElement(); child != nullptr; child = child->NextSiblingElement())
+    {
+        if (std::strcmp(child->Name(), "SimpleActivationRule") == 0)
+            continue;
+        std::shared_ptr<Element> made = factory.create(String(child->Name()));
+        if (auto source = std::dynamic_pointer_cast<ControlSignalSource>(made))
+        {
+            if (source->loadXml(child, options, version))
+                addControlSource(source);
+        }
+        else if (auto processor = std::dynamic_pointer_cast<EventProcessor>(made))
+        {
+            if (processor->loadXml(child, options, version))
+                addEventProcessor(processor);
+        }
+    }
 }
 } // namespace oxa

@@ -8,6 +8,7 @@
 #include "engine/RenderContext.h"
 
 #include <atomic>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -66,6 +67,40 @@ public:
 
     void prepareToRender() override;
 
+    /** Appends "ControlSignalSources" and "EventProcessors" after the base's children,
+        each only when it has an entry to write. */
+    tinyxml2::XMLElement* saveXml(tinyxml2::XMLElement* parent, SaveOptions& options) override;
+    /** Drops the current sources and event processors, loads the base, then reads them back. */
+    bool loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int version) override;
+
+    // Sources and event processors are children of this element as well: connections
+    // find their source by name from here outwards, errors climb from them, and the
+    // child list owns them. The two vectors only keep order for rendering, and a null
+    // event processor slot lives in the vector alone. Structure changes: message thread,
+    // under lock() (taken here when `takeLock` is set), never while the audio side renders.
+
+    /** Adds `source` as a child, rendered before this element from the next block on. Null is ignored. */
+    void addControlSource(const std::shared_ptr<ControlSignalSource>& source, bool takeLock = true);
+    /** False when `source` is not one of this element's sources. */
+    bool removeControlSource(ControlSignalSource* source, bool takeLock = true);
+    void clearControlSources(bool takeLock = true);
+    size_t controlSourceCount() const { return controlSources.size(); }
+    ControlSignalSource* controlSource(size_t index) const
+    {
+        return index < controlSources.size() ? controlSources[index] : nullptr;
+    }
+
+    /** Appends a slot; a null processor keeps an empty slot that is skipped when rendering. */
+    void addEventProcessor(const std::shared_ptr<EventProcessor>& processor, bool takeLock = true);
+    /** Removes the first slot holding `processor` (null: the first empty slot). */
+    bool removeEventProcessor(EventProcessor* processor, bool takeLock = true);
+    void clearEventProcessors(bool takeLock = true);
+    size_t eventProcessorCount() const { return eventProcessors.size(); }
+    EventProcessor* eventProcessor(size_t index) const
+    {
+        return index < eventProcessors.size() ? eventProcessors[index] : nullptr;
+    }
+
     /** Writes the per-control-block values of connected envelopes into the parameters. */
     void applyControlBlock(RenderContext& context, ElementState* state, uint32_t index);
 
@@ -89,8 +124,13 @@ public:
     NameSymbol defaultName;
 
 protected:
-    /** Hands the events to every child that wants them. */
+    /** Hands the events to every child that wants them, except this element's control
+        sources: they hear the events through their own path. */
     virtual void forwardEventsToChildren(RenderContext& context, EventList& events, uint32_t numSamples);
+    /** Hands the events to each control source that has `receivesEvents`. */
+    void forwardEventsToControlSources(RenderContext& context, EventList& events, uint32_t numSamples);
+    /** Applies each source's pending writes and renders the monophonic ones. */
+    void renderControlSources(RenderContext& context, uint32_t numSamples);
 
     std::atomic<uint32_t> ringRead { 0 };
     std::atomic<uint32_t> ringWrite { 0 };
@@ -102,6 +142,10 @@ protected:
     EventList workingEvents; // reserved up front: merging the ring never allocates
 
 private:
+    bool isOwnControlSource(const Element* element) const;
+    void loadSourcesAndProcessors(const tinyxml2::XMLElement* node, SaveOptions& options, int version);
+    void loadFlatSourcesAndProcessors(const tinyxml2::XMLElement* node, SaveOptions& options, int version);
+
     bool bypassValue(const ElementState& state) const;
     void setBypassValue(ElementState& state, bool value);
 };
