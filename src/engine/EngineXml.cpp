@@ -2,7 +2,9 @@
 // the host parameter bindings, which wait for a prepared engine before they apply.
 #include "element/ElementFactory.h"
 #include "element/ElementPersistence.h"
+#include "engine/ControlSignalSource.h"
 #include "engine/Engine.h"
+#include "engine/EventProcessor.h"
 #include "plugin/AutomationParameterInterface.h"
 
 #include <cstring>
@@ -66,7 +68,13 @@ bool Engine::loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int
         if (isOwnGroup(tag))
             continue;
 
-        auto element = std::dynamic_pointer_cast<ProcessingElement>(ElementFactory::instance().create(String(tag)));
+        std::shared_ptr<Element> made = ElementFactory::instance().create(String(tag));
+        // An old flat document keeps the engine's sources and event processors among its
+        // elements; the base load has taken those over already.
+        if (dynamic_cast<ControlSignalSource*>(made.get()) != nullptr
+            || dynamic_cast<EventProcessor*>(made.get()) != nullptr)
+            continue;
+        auto element = std::dynamic_pointer_cast<ProcessingElement>(made);
         if (element == nullptr)
         {
             loaded = false;

@@ -4,6 +4,7 @@
 #include "element/ElementPersistence.h"
 #include "element/ParameterRegistry.h"
 #include "engine/ControlSignalSource.h"
+#include "engine/Engine.h"
 #include "engine/EventProcessor.h"
 #include "engine/ProcessingElement.h"
 #include "tape/FluxDeckProcessor.h"
@@ -345,6 +346,18 @@ TEST_F(ControlSources, OldLayoutReadsDirectChildren)
     ASSERT_EQ(owner.eventProcessorCount(), 1u);
     EXPECT_EQ(owner.eventProcessor(0)->intParameter(Transposer::transposeId()), 12);
     EXPECT_EQ(owner.findElement(String("Rule")), nullptr);
+}
+
+TEST_F(ControlSources, AnOldEngineTakesItsSourcesOnceAndRendersOnlyItsElements)
+{
+    const std::string text = "<HarrierProgram><Engine Name=\"Engine\">"
+                             "<TestCountingSource Name=\"Env\"/><TestPlainElement Name=\"Plain\"/>"
+                             "</Engine></HarrierProgram>";
+    Engine engine;
+    load(engine, text);
+    ASSERT_EQ(engine.controlSourceCount(), 1u);
+    ASSERT_EQ(engine.renderOrder().size(), 1u);
+    EXPECT_EQ(engine.renderOrder()[0]->name().text(), String("Plain"));
 }
 
 TEST_F(ControlSources, OldLayoutSaveWritesThemFlatAndReadsThemBack)
