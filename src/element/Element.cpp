@@ -288,15 +288,21 @@ String Element::uniqueConnectionName(uint32_t parameter)
     }
 }
 
+std::unique_lock<std::recursive_mutex> Element::lockIf(bool take)
+{
+    std::unique_lock<std::recursive_mutex> guard(lock(), std::defer_lock);
+    if (take)
+        guard.lock();
+    return guard;
+}
+
 bool Element::addConnection(const ConnectionSpec& spec, bool takeLock)
 {
     ParameterInfoBase* info = findInfo(spec.parameter);
     ElementParamEnvelope* envelope = info != nullptr ? info->envelope() : nullptr;
     if (envelope == nullptr)
         return false;
-    std::unique_lock<std::recursive_mutex> guard(lock(), std::defer_lock);
-    if (takeLock)
-        guard.lock();
+    const auto guard = lockIf(takeLock);
     return envelope->addConnection(spec);
 }
 
@@ -306,9 +312,7 @@ bool Element::removeConnection(uint32_t parameter, const String& name, bool take
     ElementParamEnvelope* envelope = info != nullptr ? info->envelope() : nullptr;
     if (envelope == nullptr)
         return false;
-    std::unique_lock<std::recursive_mutex> guard(lock(), std::defer_lock);
-    if (takeLock)
-        guard.lock();
+    const auto guard = lockIf(takeLock);
     return envelope->removeConnection(name);
 }
 

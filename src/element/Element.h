@@ -133,6 +133,8 @@ public:
     virtual void* typeExtension() { return nullptr; }
     /** The tree's structure lock: the parent's, and a process-wide one at the root. */
     virtual std::recursive_mutex& lock();
+    /** The tree lock, taken only when asked: callers that already hold it pass false. */
+    std::unique_lock<std::recursive_mutex> lockIf(bool take);
     virtual void setParent(Element* parent);
     virtual String path() const;
     virtual String uniqueChildName(const String& base, int start);

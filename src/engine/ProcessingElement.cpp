@@ -63,13 +63,6 @@ void prepareLike(Element& owned, const Element& owner)
     owned.prepare(owner.sampleRate(), owner.maxBlockSize());
 }
 
-std::unique_lock<std::recursive_mutex> treeGuard(Element& element, bool takeLock)
-{
-    std::unique_lock<std::recursive_mutex> guard(element.lock(), std::defer_lock);
-    if (takeLock)
-        guard.lock();
-    return guard;
-}
 } // namespace
 
 void ProcessingElement::prepareToRender()
@@ -308,7 +301,7 @@ void ProcessingElement::addControlSource(const std::shared_ptr<ControlSignalSour
 {
     if (!source)
         return;
-    auto guard = treeGuard(*this, takeLock);
+    const auto guard = lockIf(takeLock);
     if (isOwnControlSource(source.get()))
         return;
     if (source->parent() != this)
@@ -321,7 +314,7 @@ void ProcessingElement::addControlSource(const std::shared_ptr<ControlSignalSour
 
 bool ProcessingElement::removeControlSource(ControlSignalSource* source, bool takeLock)
 {
-    auto guard = treeGuard(*this, takeLock);
+    const auto guard = lockIf(takeLock);
     auto it = std::find(controlSources.begin(), controlSources.end(), source);
     if (source == nullptr || it == controlSources.end())
         return false;
@@ -335,14 +328,14 @@ bool ProcessingElement::removeControlSource(ControlSignalSource* source, bool ta
 
 void ProcessingElement::clearControlSources(bool takeLock)
 {
-    auto guard = treeGuard(*this, takeLock);
+    const auto guard = lockIf(takeLock);
     while (!controlSources.empty())
         removeControlSource(controlSources.back(), false);
 }
 
 void ProcessingElement::addEventProcessor(const std::shared_ptr<EventProcessor>& processor, bool takeLock)
 {
-    auto guard = treeGuard(*this, takeLock);
+    const auto guard = lockIf(takeLock);
     if (processor != nullptr)
     {
         if (std::find(eventProcessors.begin(), eventProcessors.end(), processor.get()) != eventProcessors.end())
@@ -358,7 +351,7 @@ void ProcessingElement::addEventProcessor(const std::shared_ptr<EventProcessor>&
 
 bool ProcessingElement::removeEventProcessor(EventProcessor* processor, bool takeLock)
 {
-    auto guard = treeGuard(*this, takeLock);
+    const auto guard = lockIf(takeLock);
     auto it = std::find(eventProcessors.begin(), eventProcessors.end(), processor);
     if (it == eventProcessors.end())
         return false;
@@ -372,7 +365,7 @@ bool ProcessingElement::removeEventProcessor(EventProcessor* processor, bool tak
 
 void ProcessingElement::clearEventProcessors(bool takeLock)
 {
-    auto guard = treeGuard(*this, takeLock);
+    const auto guard = lockIf(takeLock);
     while (!eventProcessors.empty())
         removeEventProcessor(eventProcessors.back(), false);
 }

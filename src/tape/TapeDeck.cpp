@@ -113,6 +113,12 @@ void TapeDeck::setTapeSpeed(double newSpeed) noexcept
     for (TapeHead& head : heads)
         head.setSpeed(newSpeed);
     playbackFilters.setSpeed(newSpeed);
+    refreshCompensationIfOn();
+}
+
+void TapeDeck::refreshCompensationIfOn() noexcept
+{
+    // A redesign recomputes even with the chain off; only switching the chain gives 1.
     if (compensationOn)
         feedbackCompensation = playbackFilters.feedbackCompensation();
 }
@@ -125,29 +131,25 @@ void TapeDeck::updateCompensation() noexcept
 void TapeDeck::setSpacing(double spacing) noexcept
 {
     playbackFilters.setSpacing(spacing);
-    if (compensationOn)
-        feedbackCompensation = playbackFilters.feedbackCompensation();
+    refreshCompensationIfOn();
 }
 
 void TapeDeck::setThickness(double thickness) noexcept
 {
     playbackFilters.setThickness(thickness);
-    if (compensationOn)
-        feedbackCompensation = playbackFilters.feedbackCompensation();
+    refreshCompensationIfOn();
 }
 
 void TapeDeck::setAzimuth(double azimuth) noexcept
 {
     playbackFilters.setAzimuth(azimuth);
-    if (compensationOn)
-        feedbackCompensation = playbackFilters.feedbackCompensation();
+    refreshCompensationIfOn();
 }
 
 void TapeDeck::setTrackWidthRatio(double ratio) noexcept
 {
     playbackFilters.setTrackWidthRatio(ratio);
-    if (compensationOn)
-        feedbackCompensation = playbackFilters.feedbackCompensation();
+    refreshCompensationIfOn();
 }
 
 void TapeDeck::setPlaybackFilterOn(bool on) noexcept

@@ -120,6 +120,8 @@ struct TapeDeck
 private:
     // Compensation for the current design when it and the chain are on, else 1.
     void updateCompensation() noexcept;
+    // After a redesign: the compensation follows when it is on, whether or not the chain is.
+    void refreshCompensationIfOn() noexcept;
 };
 
 } // namespace oxa
