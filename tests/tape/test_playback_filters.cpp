@@ -52,19 +52,20 @@ double measureGain (Filter& filter, double frequency, double sampleRate)
 // The analog frequency that the bilinear transform maps onto a digital one.
 double warped (double frequency, double sampleRate) { return sampleRate / pi * std::tan (pi * frequency / sampleRate); }
 
-double polynomialMagnitude (const double* c, int order, std::complex<double> s)
+// A fifth-order polynomial with coefficients c, lowest first.
+std::complex<double> quintic (const double* c, std::complex<double> s)
 {
     std::complex<double> sum = 0.0, p = 1.0;
-    for (int i = 0; i <= order; ++i, p *= s)
+    for (int i = 0; i <= 5; ++i, p *= s)
         sum += c[i] * p;
-    return std::abs (sum);
+    return sum;
 }
 
 // The rational fits, evaluated independently of the filter code, at sigma = j 2 pi f / scale.
 double spacingPrototype (double f, double speed, double spacing)
 {
     const double den[] {31.9140096763945, 121.5511207267445, 120.43574323431775, 52.92163255906025, 11.328868660114313, 1.0};
-    return 32.1662982638662 / polynomialMagnitude (den, 5, {0.0, 2.0 * pi * f * spacing / speed});
+    return 32.1662982638662 / std::abs (quintic (den, {0.0, 2.0 * pi * f * spacing / speed}));
 }
 
 double thicknessPrototype (double f, double speed, double thickness)
@@ -78,13 +79,7 @@ double trackWidthPrototype (double f, double speed, double ratio)
     const double den[] {88.2679631465173, 712.453595591835, 1104.5545808559225, 465.6727280770125, 50.13744942298344, 1.0};
     const double w = ratio - 1.0;
     const std::complex<double> s {0.0, 2.0 * pi * f * w * TrackWidthFilter::base / speed};
-    std::complex<double> n = 0.0, d = 0.0, p = 1.0;
-    for (int i = 0; i <= 5; ++i, p *= s)
-    {
-        n += num[i] * p;
-        d += den[i] * p;
-    }
-    return std::abs (1.0 + w * n / d);
+    return std::abs (1.0 + w * quintic (num, s) / quintic (den, s));
 }
 
 struct ResponseCheck
