@@ -194,7 +194,7 @@ TEST (PreEmphasisPair, LiftsHighsTwofoldAndDecodesExactly)
 // (its two Newton steps leave a little more behind on loud, fast changes).
 TEST (CompanderRoundTrip, DecoderUndoesItsEncoder)
 {
-    for (const auto [type, tolerance] : {std::pair {2, 2e-6}, std::pair {3, 1e-5}})
+    for (const auto& [type, tolerance] : {std::pair {2, 2e-6}, std::pair {3, 1e-5}})
         for (double fs : {44100.0, 48000.0, 96000.0})
             for (double peakDb : {-70.0, -50.0, -30.0, -10.0, 0.0, 20.0, 40.0})
             {
