@@ -343,7 +343,7 @@ TEST_F(ControlSources, GroupsSkipUnknownAndMisplacedTags)
     EXPECT_EQ(owner.eventProcessor(0), nullptr);
 }
 
-TEST_F(ControlSources, OldLayoutReadsDirectChildren)
+TEST_F(ControlSources, OldLayoutReadsDirectChildrenOfElementsAndTheEngine)
 {
     const std::string text = "<HarrierProgram><TestOwner Name=\"Owner\">"
                              "<SimpleActivationRule Name=\"Rule\"/><TestPlainElement/><Unknown/>"
@@ -357,15 +357,11 @@ TEST_F(ControlSources, OldLayoutReadsDirectChildren)
     ASSERT_EQ(owner.eventProcessorCount(), 1u);
     EXPECT_EQ(owner.eventProcessor(0)->intParameter(Transposer::transposeId()), 12);
     EXPECT_EQ(owner.findElement(String("Rule")), nullptr);
-}
 
-TEST_F(ControlSources, AnOldEngineTakesItsSourcesOnceAndRendersOnlyItsElements)
-{
-    const std::string text = "<HarrierProgram><Engine Name=\"Engine\">"
-                             "<TestCountingSource Name=\"Env\"/><TestPlainElement Name=\"Plain\"/>"
-                             "</Engine></HarrierProgram>";
+    // an old engine takes its sources once and renders only its elements
     Engine engine;
-    load(engine, text);
+    load(engine, "<HarrierProgram><Engine Name=\"Engine\"><TestCountingSource Name=\"Env\"/>"
+                 "<TestPlainElement Name=\"Plain\"/></Engine></HarrierProgram>");
     ASSERT_EQ(engine.controlSourceCount(), 1u);
     ASSERT_EQ(engine.renderOrder().size(), 1u);
     EXPECT_EQ(engine.renderOrder()[0]->name().text(), String("Plain"));
