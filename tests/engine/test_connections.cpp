@@ -70,6 +70,7 @@ TEST(ConnectionRendering, ConnectionCutsTheBlockAndWritesEachControlBlocksValue)
 
         rig.render(33);
         ASSERT_EQ(rig.effect->calls, (std::vector<uint32_t>{32u, 1u}));
+        EXPECT_EQ(rig.effect->pointers.back(), rig.left.data() + 32) << "in place, at the cut";
         // gain 1 of 0..2 is 0.5 normalised; the steps add 0.1 and 0.2 to that
         EXPECT_NEAR(rig.effect->gainsSeen[0], 1.2f, 1e-5f);
         EXPECT_NEAR(rig.effect->gainsSeen[1], 1.4f, 1e-5f);

@@ -1,5 +1,5 @@
-// The rendering contract: whole blocks in place, control-block cutting under
-// modulation, tail tracking, bypass, and the engine's event ring.
+// The rendering contract: whole blocks in place, tail tracking, bypass, and the
+// engine's event ring.
 #include "EngineTestRig.h"
 
 #include <gtest/gtest.h>
@@ -8,41 +8,15 @@
 
 using namespace oxa;
 using test::GainEffect;
+using Rig = test::EngineRig;
 
-namespace
-{
-struct Rig : test::EngineRig
-{
-    using EngineRig::EngineRig;
-
-    /** Makes the gain's envelope look connected to a sounding source. */
-    void connectEnvelope()
-    {
-        ASSERT_FALSE(effect->envelopes().empty());
-        ElementParamEnvelope* envelope = effect->envelopes().front();
-        envelope->addChild(std::make_shared<Element>(String("SignalConnection"), String("SignalConnection 0")));
-        effect->connectedEnvelopes().push_back(envelope);
-        envelope->mainEnvelopeState().isStatic = false;
-        envelope->mainEnvelopeState().needsUpdate = true;
-    }
-};
-} // namespace
-
-TEST(Rendering, WholeBlockInPlaceUnlessAConnectionCutsItAtMultiplesOf32)
+// Cutting the block under modulation is checked with real connections in test_connections.
+TEST(Rendering, WithoutConnectionsTheWholeBlockGoesInPlaceInOneCall)
 {
     Rig rig;
     rig.render(500);
     EXPECT_EQ(rig.effect->calls, std::vector<uint32_t> { 500u });
     EXPECT_EQ(rig.effect->pointers[0], rig.left.data()); // the host's own memory
-
-    rig.effect->calls.clear();
-    rig.connectEnvelope();
-    rig.render(33);
-    EXPECT_EQ(rig.effect->calls, (std::vector<uint32_t> { 32u, 1u }));
-    EXPECT_EQ(rig.effect->pointers.back(), rig.left.data() + 32);
-    rig.effect->calls.clear();
-    rig.render(32);
-    EXPECT_EQ(rig.effect->calls, std::vector<uint32_t> { 32u });
 }
 
 TEST(Rendering, SilentInputIsProcessedWhileTheTailLasts)
