@@ -111,9 +111,10 @@ protected:
         renderLog().clear();
     }
 
-    static std::string saved(Element& element)
+    static std::string saved(Element& element, uint8_t legacyLayout = 0)
     {
         SaveOptions options;
+        options.legacyLayout = legacyLayout;
         std::string bytes;
         saveToBytes(element, bytes, options);
         return bytes;
@@ -125,7 +126,7 @@ protected:
         return loadFromBytes(element, bytes, options);
     }
 
-    static EngineEvent note(uint32_t number, uint64_t offset = 0)
+    static EngineEvent note(uint32_t number, uint64_t offset)
     {
         EngineEvent e;
         e.type = EventType::noteOn;
@@ -307,13 +308,23 @@ TEST_F(ControlSources, GroupsRoundTripWithEmptySlotAndWithoutUnsavedEntries)
     EXPECT_EQ(loaded->controlSource(0)->name().text(), String("Kept"));
     EXPECT_EQ(loaded->findElement(String("Stale")), nullptr);
     ASSERT_EQ(loaded->eventProcessorCount(), 3u);
-    EXPECT_EQ(loaded->eventProcessor(0)->name().text(), String("Up"));
     EXPECT_EQ(loaded->eventProcessor(0)->intParameter(Transposer::transposeId()), 7);
     EXPECT_EQ(loaded->eventProcessor(1), nullptr);
     EXPECT_EQ(loaded->eventProcessor(2)->name().text(), String("Last"));
     EXPECT_EQ(loaded->eventProcessor(2)->parent(), loaded.get());
 
     EXPECT_EQ(saved(*loaded), text);
+
+    // the old layout writes them flat, without the empty slot, and reads them back
+    const std::string flat = saved(*owner, 1);
+    EXPECT_EQ(flat.find("ControlSignalSources"), std::string::npos);
+    EXPECT_EQ(flat.find("EmptyEventProcessor"), std::string::npos);
+    Owner reread;
+    ASSERT_TRUE(load(reread, flat));
+    EXPECT_EQ(reread.controlSourceCount(), 1u);
+    ASSERT_EQ(reread.eventProcessorCount(), 2u);
+    EXPECT_EQ(reread.eventProcessor(0)->intParameter(Transposer::transposeId()), 7);
+    EXPECT_EQ(reread.eventProcessor(1)->name().text(), String("Last"));
 }
 
 TEST_F(ControlSources, GroupsSkipUnknownAndMisplacedTags)
@@ -332,7 +343,7 @@ TEST_F(ControlSources, GroupsSkipUnknownAndMisplacedTags)
     EXPECT_EQ(owner.eventProcessor(0), nullptr);
 }
 
-TEST_F(ControlSources, OldLayoutReadsDirectChildren)
+TEST_F(ControlSources, OldLayoutReadsDirectChildrenOfElementsAndTheEngine)
 {
     const std::string text = "<HarrierProgram><TestOwner Name=\"Owner\">"
                              "<SimpleActivationRule Name=\"Rule\"/><TestPlainElement/><Unknown/>"
@@ -346,38 +357,14 @@ TEST_F(ControlSources, OldLayoutReadsDirectChildren)
     ASSERT_EQ(owner.eventProcessorCount(), 1u);
     EXPECT_EQ(owner.eventProcessor(0)->intParameter(Transposer::transposeId()), 12);
     EXPECT_EQ(owner.findElement(String("Rule")), nullptr);
-}
 
-TEST_F(ControlSources, AnOldEngineTakesItsSourcesOnceAndRendersOnlyItsElements)
-{
-    const std::string text = "<HarrierProgram><Engine Name=\"Engine\">"
-                             "<TestCountingSource Name=\"Env\"/><TestPlainElement Name=\"Plain\"/>"
-                             "</Engine></HarrierProgram>";
+    // an old engine takes its sources once and renders only its elements
     Engine engine;
-    load(engine, text);
+    load(engine, "<HarrierProgram><Engine Name=\"Engine\"><TestCountingSource Name=\"Env\"/>"
+                 "<TestPlainElement Name=\"Plain\"/></Engine></HarrierProgram>");
     ASSERT_EQ(engine.controlSourceCount(), 1u);
     ASSERT_EQ(engine.renderOrder().size(), 1u);
     EXPECT_EQ(engine.renderOrder()[0]->name().text(), String("Plain"));
-}
-
-TEST_F(ControlSources, OldLayoutSaveWritesThemFlatAndReadsThemBack)
-{
-    Owner owner;
-    owner.addControlSource(std::make_shared<CountingSource>("Env"));
-    owner.addEventProcessor(nullptr);
-    owner.addEventProcessor(std::make_shared<Transposer>("Octave"));
-    SaveOptions options;
-    options.legacyLayout = 1;
-    std::string text;
-    saveToBytes(owner, text, options);
-    EXPECT_EQ(text.find("ControlSignalSources"), std::string::npos);
-    EXPECT_EQ(text.find("EmptyEventProcessor"), std::string::npos);
-
-    Owner loaded;
-    ASSERT_TRUE(load(loaded, text));
-    EXPECT_EQ(loaded.controlSourceCount(), 1u);
-    ASSERT_EQ(loaded.eventProcessorCount(), 1u);
-    EXPECT_EQ(loaded.eventProcessor(0)->name().text(), String("Octave"));
 }
 
 TEST_F(ControlSources, NothingToWriteLeavesTheDocumentAsTheBaseWritesIt)

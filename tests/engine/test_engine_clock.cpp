@@ -39,17 +39,15 @@ struct ClockRig
 TEST(EngineClock, MeterDenominatorFollowsTheNumeratorQuirk)
 {
     ClockRig rig;
-    rig.context.transport.numerator = 6;
-    rig.context.transport.denominator = 8;
-    rig.block();
-    EXPECT_EQ(rig.engine->meterNumerator(), 6);
-    EXPECT_EQ(rig.engine->meterDenominator(), 8);
-
-    rig.context.transport.numerator = 4;
-    rig.context.transport.denominator = 4;
-    rig.block();
-    EXPECT_EQ(rig.engine->meterNumerator(), 4);
-    EXPECT_EQ(rig.engine->meterDenominator(), 8); // compared against the numerator: stays
+    // 4/4 after 6/8: the denominator is compared against the numerator and stays
+    for (const auto& [numerator, denominator] : {std::pair {6, 8}, std::pair {4, 4}})
+    {
+        rig.context.transport.numerator = numerator;
+        rig.context.transport.denominator = denominator;
+        rig.block();
+        EXPECT_EQ(rig.engine->meterNumerator(), numerator);
+        EXPECT_EQ(rig.engine->meterDenominator(), 8);
+    }
 }
 
 TEST(EngineClock, TempoFollowsHostOnlyWhenSynced)
@@ -79,28 +77,23 @@ TEST(EngineClock, PositionAdvancesEvenWhenStopped)
     EXPECT_FALSE(rig.engine->isPlaying());
 }
 
-TEST(EngineClock, MidiPlayAndStopControllers)
-{
-    ClockRig rig;
-    rig.controller(118);
-    rig.block();
-    EXPECT_TRUE(rig.engine->isPlaying());
-    EXPECT_EQ(rig.context.transport.playing, 1);
-
-    rig.controller(118);
-    rig.block();
-    EXPECT_FALSE(rig.engine->isPlaying());
-}
-
-TEST(EngineClock, RewindWhileRecordingStopsAndEndsTheTake)
+TEST(EngineClock, PlayStopAndRewindWhileRecordingByController)
 {
     ClockRig rig;
     rig.controller(118); // play
     rig.block();
-    rig.controller(119); // record
+    EXPECT_TRUE(rig.engine->isPlaying());
+    EXPECT_EQ(rig.context.transport.playing, 1);
+    rig.controller(118); // and stop again
+    rig.block();
+    EXPECT_FALSE(rig.engine->isPlaying());
+
+    // rewind while recording stops and ends the take
+    rig.controller(118);
+    rig.block();
+    rig.controller(119);
     rig.block();
     ASSERT_TRUE(rig.engine->isRecording());
-
     rig.controller(117);
     rig.block();
     EXPECT_FALSE(rig.engine->isPlaying());

@@ -1,156 +1,48 @@
-// The rendering contract: whole blocks in place, control-block cutting under
-// modulation, tail tracking, bypass, and the engine's event ring.
-#include "element/ElementParamEnvelope.h"
-#include "element/ParameterRegistry.h"
-#include "engine/BasicProcessingElement.h"
-#include "engine/Engine.h"
+// The rendering contract: whole blocks in place, tail tracking, bypass, and the
+// engine's event ring.
+#include "EngineTestRig.h"
 
 #include <gtest/gtest.h>
 
 #include <thread>
 
 using namespace oxa;
+using test::GainEffect;
+using Rig = test::EngineRig;
 
-namespace
-{
-class RecordingEffect : public BasicProcessingElement
-{
-public:
-    static uint32_t gainId()
-    {
-        static const uint32_t id = [] {
-            (void) ProcessingElement::syncToHostId();
-            return ParameterRegistry::instance().registerFloat(ParameterDescription<float>("TestGain", 1.0f, 0, 2));
-        }();
-        return id;
-    }
-
-    explicit RecordingEffect(int tail = -1) : BasicProcessingElement(String("RecordingEffect"), String("Fx")), tail(tail)
-    {
-        addParameters({ new ParameterInfo<float>(gainId(), this, &RecordingEffect::gain, &RecordingEffect::setGain) });
-    }
-
-    int getTailSamples() override { return tail; }
-    void processAudio(RenderContext&, ElementState*, uint32_t n, float* const* channels, const bool*) override
-    {
-        calls.push_back(n);
-        pointers.push_back(channels[0]);
-        for (uint32_t c = 0; c < channelCount(); ++c)
-            for (uint32_t i = 0; i < n; ++i)
-                channels[c][i] *= gainValue;
-    }
-    void processSilence(RenderContext&, ElementState*, uint32_t n) override { silenceCalls.push_back(n); }
-    void handleEvent(const EngineEvent& e) override
-    {
-        heard.push_back(e.type);
-        heardData.push_back(e.data2);
-        BasicProcessingElement::handleEvent(e);
-    }
-
-    /** Makes the gain's envelope look connected to a sounding source. */
-    void connectEnvelope()
-    {
-        ASSERT_FALSE(envelopes().empty());
-        ElementParamEnvelope* envelope = envelopes().front();
-        envelope->addChild(std::make_shared<Element>(String("SignalConnection"), String("SignalConnection 0")));
-        connectedEnvelopes().push_back(envelope);
-        envelope->mainEnvelopeState().isStatic = false;
-        envelope->mainEnvelopeState().needsUpdate = true;
-    }
-
-    std::vector<uint32_t> calls, silenceCalls, heard, heardData;
-    std::vector<float*> pointers;
-    float gainValue = 1.0f;
-
-private:
-    float gain(const ElementState&) const { return gainValue; }
-    void setGain(ElementState&, float v) { gainValue = v; }
-    int tail;
-};
-
-struct Rig
-{
-    explicit Rig(int tail = -1, uint32_t blockSize = 512)
-        : bus(2, blockSize), left(blockSize, 1.0f), right(blockSize, 1.0f)
-    {
-        effect = std::make_shared<RecordingEffect>(tail);
-        engine = std::make_shared<Engine>();
-        engine->addElement(effect);
-        engine->prepare(48000.0, (int) blockSize);
-        engine->setBus(0, &bus);
-        context.setSampleRate(48000.0f);
-    }
-
-    void render(uint32_t n, bool silent = false)
-    {
-        float* channels[] = { left.data(), right.data() };
-        bus.setChannels(channels);
-        if (silent)
-            bus.markSilent(n);
-        engine->processEvents(context, events, n);
-        engine->render(context, n);
-        events.clear();
-        context.endOfBlock(n);
-    }
-
-    AudioBus bus;
-    std::vector<float> left, right;
-    std::shared_ptr<RecordingEffect> effect;
-    std::shared_ptr<Engine> engine;
-    RenderContext context;
-    EventList events;
-};
-} // namespace
-
+// Cutting the block under modulation is checked with real connections in test_connections.
 TEST(Rendering, WithoutConnectionsTheWholeBlockGoesInPlaceInOneCall)
 {
     Rig rig;
     rig.render(500);
-    ASSERT_EQ(rig.effect->calls.size(), 1u);
-    EXPECT_EQ(rig.effect->calls[0], 500u);
+    EXPECT_EQ(rig.effect->calls, std::vector<uint32_t> { 500u });
     EXPECT_EQ(rig.effect->pointers[0], rig.left.data()); // the host's own memory
 }
 
-TEST(Rendering, ActiveConnectionCutsTheBlockAtMultiplesOf32)
+TEST(Rendering, SilentInputIsProcessedWhileTheTailLasts)
 {
-    Rig rig;
-    rig.effect->connectEnvelope();
-    rig.render(33);
-    ASSERT_EQ(rig.effect->calls.size(), 2u);
-    EXPECT_EQ(rig.effect->calls[0], 32u);
-    EXPECT_EQ(rig.effect->calls[1], 1u);
-    EXPECT_EQ(rig.effect->pointers[1], rig.left.data() + 32);
-
-    rig.effect->calls.clear();
-    rig.render(32);
-    EXPECT_EQ(rig.effect->calls, std::vector<uint32_t> { 32u });
-}
-
-TEST(Rendering, EndlessTailKeepsProcessingSilence)
-{
-    Rig rig(-1);
-    for (int i = 0; i < 10; ++i)
-        rig.render(512, true);
-    EXPECT_EQ(rig.effect->calls.size(), 10u);
-    EXPECT_TRUE(rig.effect->silenceCalls.empty());
-}
-
-TEST(Rendering, FiniteTailRunsOutAfterItsLength)
-{
-    Rig rig(1000);
-    rig.render(512); // signal
-    for (int i = 0; i < 4; ++i)
-        rig.render(512, true);
-    EXPECT_EQ(rig.effect->calls.size(), 3u); // the signal block and two tail blocks
-    EXPECT_EQ(rig.effect->silenceCalls.size(), 2u);
+    struct Case
+    {
+        int tail;
+        size_t audioCalls, silenceCalls;
+    };
+    // endless: every block; 1000 samples: the signal block and two tail blocks
+    for (const Case& c : { Case { -1, 5, 0 }, Case { 1000, 3, 2 } })
+    {
+        Rig rig(c.tail);
+        rig.render(512); // signal
+        for (int i = 0; i < 4; ++i)
+            rig.render(512, true);
+        EXPECT_EQ(rig.effect->calls.size(), c.audioCalls) << "tail " << c.tail;
+        EXPECT_EQ(rig.effect->silenceCalls.size(), c.silenceCalls) << "tail " << c.tail;
+    }
 }
 
 TEST(Rendering, DeferredWriteLandsAtTheHeadOfTheNextBlock)
 {
     Rig rig;
-    rig.effect->setFloatParameter(RecordingEffect::gainId(), 0.5f, true);
-    EXPECT_EQ(rig.effect->gainValue, 1.0f);                                // not applied yet
-    EXPECT_EQ(rig.effect->floatParameter(RecordingEffect::gainId()), 0.5f); // but reads back
+    rig.effect->setFloatParameter(GainEffect::gainId(), 0.5f, true);
+    EXPECT_EQ(rig.effect->gainValue, 1.0f); // not applied yet
     rig.render(8);
     EXPECT_EQ(rig.effect->gainValue, 0.5f);
     EXPECT_FLOAT_EQ(rig.left[0], 0.5f);

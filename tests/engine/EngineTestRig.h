@@ -1,0 +1,109 @@
+#pragma once
+// A recording gain effect in a small engine, shared by the engine tests.
+#include "element/ElementParamEnvelope.h"
+#include "element/ParameterRegistry.h"
+#include "engine/BasicProcessingElement.h"
+#include "engine/Engine.h"
+
+#include <memory>
+#include <vector>
+
+namespace oxa::test
+{
+/** Records every render call and event; multiplies the audio by its gain (0..2). */
+class GainEffect : public BasicProcessingElement
+{
+public:
+    static uint32_t gainId()
+    {
+        static const uint32_t id = [] {
+            (void) ProcessingElement::syncToHostId(); // the common ids come first
+            return ParameterRegistry::instance().registerFloat(ParameterDescription<float>("TestGain", 1.0f, 0, 2));
+        }();
+        return id;
+    }
+    static uint32_t switchId()
+    {
+        static const uint32_t id = ParameterRegistry::instance().registerBool(ParameterDescription<bool>("TestSwitch", false));
+        return id;
+    }
+
+    explicit GainEffect(const char* name = "Fx", int tail = -1)
+        : BasicProcessingElement(String("GainEffect"), String(name)), tail(tail)
+    {
+        addParameters({new ParameterInfo<float>(gainId(), this, &GainEffect::gain, &GainEffect::setGain)}, {},
+                      {new ParameterInfo<bool>(switchId(), this, &GainEffect::isOn, &GainEffect::setOn)});
+    }
+
+    int getTailSamples() override { return tail; }
+    void processAudio(RenderContext&, ElementState*, uint32_t n, float* const* channels, const bool*) override
+    {
+        calls.push_back(n);
+        pointers.push_back(channels[0]);
+        gainsSeen.push_back(gainValue);
+        for (uint32_t c = 0; c < channelCount(); ++c)
+            for (uint32_t i = 0; i < n; ++i)
+                channels[c][i] *= gainValue;
+    }
+    void processSilence(RenderContext&, ElementState*, uint32_t n) override { silenceCalls.push_back(n); }
+    void handleEvent(const EngineEvent& e) override
+    {
+        heard.push_back(e.type);
+        heardData.push_back(e.data2);
+        BasicProcessingElement::handleEvent(e);
+    }
+
+    ElementParamEnvelope& gainEnvelope() { return *findInfo(gainId())->envelope(); }
+
+    std::vector<uint32_t> calls, silenceCalls, heard, heardData;
+    std::vector<float*> pointers;
+    std::vector<float> gainsSeen;
+    float gainValue = 1.0f;
+    bool on = false;
+
+private:
+    float gain(const ElementState&) const { return gainValue; }
+    void setGain(ElementState&, float v) { gainValue = v; }
+    bool isOn(const ElementState&) const { return on; }
+    void setOn(ElementState&, bool v) { on = v; }
+    int tail;
+};
+
+/** An engine rendering a GainEffect, and optionally one more element, into two channels. */
+struct EngineRig
+{
+    explicit EngineRig(int tail = -1, std::shared_ptr<ProcessingElement> other = nullptr, bool otherFirst = false)
+        : bus(2, 512), left(512, 1.0f), right(512, 1.0f)
+    {
+        effect = std::make_shared<GainEffect>("Fx", tail);
+        engine = std::make_shared<Engine>();
+        if (other != nullptr && otherFirst)
+            engine->addElement(other);
+        engine->addElement(effect);
+        if (other != nullptr && !otherFirst)
+            engine->addElement(other);
+        engine->prepare(48000.0, 512);
+        engine->setBus(0, &bus);
+        context.setSampleRate(48000.0f);
+    }
+
+    void render(uint32_t n, bool silent = false)
+    {
+        float* channels[] = {left.data(), right.data()};
+        bus.setChannels(channels);
+        if (silent)
+            bus.markSilent(n);
+        engine->processEvents(context, events, n);
+        engine->render(context, n);
+        events.clear();
+        context.endOfBlock(n);
+    }
+
+    AudioBus bus;
+    std::vector<float> left, right;
+    std::shared_ptr<GainEffect> effect;
+    std::shared_ptr<Engine> engine;
+    RenderContext context;
+    EventList events;
+};
+} // namespace oxa::test
