@@ -13,7 +13,7 @@
 using namespace oxa;
 using oxa::test::ProbeElement;
 
-TEST(ParameterRegistryIds, CommonIdsComeFirstAndCountUp)
+TEST(ParameterRegistryIds, CommonIdsFirstSameNameTwiceTwoIdsUnregisterForgets)
 {
     const auto& common = Element::commonIds();
     ProbeElement probe("p");
@@ -28,11 +28,7 @@ TEST(ParameterRegistryIds, CommonIdsComeFirstAndCountUp)
     EXPECT_EQ(registry.nameOf(common.alias[5]), "Param5");
     EXPECT_EQ(Element::aliasIndex(common.alias[17]), 17);
     EXPECT_EQ(Element::aliasIndex(common.bypass), -1);
-}
 
-TEST(ParameterRegistryIds, SameNameTwiceGivesTwoIdsAndUnregisterForgets)
-{
-    auto& registry = ParameterRegistry::instance();
     const uint32_t a = registry.registerFloat(ParameterDescription<float>("Twice", 0, 0, 1));
     const uint32_t b = registry.registerFloat(ParameterDescription<float>("Twice", 0, 0, 1));
     EXPECT_NE(a, b);
@@ -74,7 +70,7 @@ TEST(ParameterDescriptions, FlagsDefaultMapperAndTextForms)
     EXPECT_EQ(plain.valueToText(nullptr, 2.0f), "<2.0>");
 }
 
-TEST(ElementParameters, BindingCreatesEnvelopesOnlyForModulatableInputs)
+TEST(ElementParameters, EnvelopesOnlyForModulatableInputsAndANullRecordThrows)
 {
     ProbeElement probe("p");
     // gain, band, mode, enabled; not the output level, not the global label or the common ones
@@ -87,11 +83,7 @@ TEST(ElementParameters, BindingCreatesEnvelopesOnlyForModulatableInputs)
         EXPECT_LT(probe.parameterAt(i - 1).id, probe.parameterAt(i).id);
     EXPECT_EQ(probe.parameterId("Mode"), ProbeElement::ids().mode);
     EXPECT_EQ(probe.parameterId("Bypass"), 0u); // declared, bound by processing elements
-}
 
-TEST(ElementParameters, NullRecordThrowsAndTakesNothing)
-{
-    ProbeElement probe("p");
     const std::size_t before = probe.parameterCount();
     auto* stray = new ParameterInfo<float>(ProbeElement::ids().gain, &probe, &ProbeElement::gain,
                                            &ProbeElement::setGain);

@@ -182,7 +182,7 @@ TEST(ElementProperties, EveryWriteFiresAndLocksReadTheProperty)
     EXPECT_TRUE(probe->isParameterLocked(gain));
 }
 
-TEST(ElementErrors, QueuedUntilAParentExistsThenClimbWithPaths)
+TEST(ElementWalks, ErrorsClimbWithPathsPrepareReachesChildrenStatesClonePending)
 {
     auto root = plain("", "Root");
     auto mid = plain("Mid");
@@ -198,10 +198,7 @@ TEST(ElementErrors, QueuedUntilAParentExistsThenClimbWithPaths)
     EXPECT_EQ(error.sourcePath, "Mid/Leaf");
     EXPECT_EQ(error.message, "bad value");
     EXPECT_EQ(error.context, "Loading");
-}
 
-TEST(ElementLifecycle, PrepareWalksChildrenAndCreateStateClonesWithPending)
-{
     auto parent = plain("P");
     auto probe = std::make_shared<test::ProbeElement>("probe");
     parent->addChild(probe);

@@ -60,7 +60,7 @@ protected:
     ResourceFS volume { "Resource", true, Path(), archive };
 };
 
-TEST_F(ZippedVolume, ListingsFollowArchiveOrder)
+TEST_F(ZippedVolume, ListingsFollowArchiveOrderAndInfoTellsFoldersFromFiles)
 {
     EXPECT_TRUE(volume.isValid);
     EXPECT_EQ(volume.kind, 3u);
@@ -78,10 +78,7 @@ TEST_F(ZippedVolume, ListingsFollowArchiveOrder)
     EXPECT_EQ(listed(volume, "resource/assets"),
               (Texts {"$Resource/resource/assets/b_power-on@2x.png", "$Resource/resource/assets/b_power-on.png"}));
     EXPECT_TRUE(listed(volume, "resource/nothing").empty());
-}
 
-TEST_F(ZippedVolume, InfoTellsFoldersFromFiles)
-{
     const auto folder = volume.info(Path("resource/presets/01 Classic"));
     EXPECT_TRUE(folder.exists && folder.isFolder && folder.canRead);
     EXPECT_FALSE(folder.canWrite);
@@ -114,7 +111,7 @@ TEST_F(ZippedVolume, NamesAreExactDotDotOnlyForQueriesAndNothingIsWritable)
     EXPECT_TRUE(volume.info(Path("resource/fonts")).exists);
 }
 
-TEST_F(ZippedVolume, EachThreadGetsItsOwnReader)
+TEST_F(ZippedVolume, EachThreadGetsItsOwnReaderAndItsOwnBytes)
 {
     auto* mine = archive.zipFile();
     ASSERT_NE(mine, nullptr);
@@ -135,10 +132,7 @@ TEST_F(ZippedVolume, EachThreadGetsItsOwnReader)
     EXPECT_EQ(archive.readerCount(), before + 1);
     EXPECT_EQ(archive.zipFile(), mine);
     EXPECT_EQ(readAll(archive.openEntry("resource/assets/b_power-on@2x.png")), "big");
-}
 
-TEST_F(ZippedVolume, ConcurrentReadersSeeTheirOwnBytes)
-{
     // Small reads make the threads interleave inside entries.
     std::atomic<int> wrong { 0 };
     std::vector<std::thread> threads;
