@@ -108,7 +108,7 @@ TEST(CurveMapper, ShapesPointsAndTheOddBipolarForm)
     expectRoundTrip(bipolar, 1e-5f);
 }
 
-TEST(BipolarLogMapper, SymmetricLogHalves)
+TEST(BipolarLogAndFilterFreqMappers, SymmetricLogHalvesAndAPitchScaleAnchoredAtA440)
 {
     BipolarLogMapper m(100.0f, 1.0f);
     EXPECT_NEAR(mapped(m, 0.5f), 0.0f, 1e-6f);
@@ -116,17 +116,14 @@ TEST(BipolarLogMapper, SymmetricLogHalves)
     EXPECT_NEAR(mapped(m, 0.0f), -100.0f, 1e-3f);
     EXPECT_NEAR(mapped(m, 0.8f), -mapped(m, 0.2f), 1e-4f);
     expectRoundTrip(m, 1e-5f);
-}
 
-TEST(FilterFreqMapper, PitchScaleAnchoredAtA440)
-{
-    Oxa3FilterFreqMapper m(20.0f, 20000.0f);
-    EXPECT_NEAR(mapped(m, 1.0f), 20000.0f, 1.0f);
-    EXPECT_NEAR(unmapped(m, 440.0f), 69.0f * m.inverseScale, 1e-5f);
-    EXPECT_NEAR(mapped(m, 69.0f / m.scale), 440.0f, 1e-2f);
+    Oxa3FilterFreqMapper pitch(20.0f, 20000.0f);
+    EXPECT_NEAR(mapped(pitch, 1.0f), 20000.0f, 1.0f);
+    EXPECT_NEAR(unmapped(pitch, 440.0f), 69.0f * pitch.inverseScale, 1e-5f);
+    EXPECT_NEAR(mapped(pitch, 69.0f / pitch.scale), 440.0f, 1e-2f);
     // One octave is twelve steps of the scale, whatever the lower bound says.
-    EXPECT_NEAR(mapped(m, 81.0f / m.scale), 880.0f, 2e-2f);
-    expectRoundTrip(m, 2e-5f);
+    EXPECT_NEAR(mapped(pitch, 81.0f / pitch.scale), 880.0f, 2e-2f);
+    expectRoundTrip(pitch, 2e-5f);
 }
 
 TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
