@@ -25,7 +25,7 @@ void drainEverything()
 }
 } // namespace
 
-TEST(LockFreeQueue, KeepsOrderAndRefusesPastCapacity)
+TEST(LockFreeQueue, KeepsOrderRefusesPastCapacityAndLosesNothingUnderContention)
 {
     auto queue = std::make_unique<LockFreeIndexQueue>();
     std::vector<int> values(32770);
@@ -43,12 +43,8 @@ TEST(LockFreeQueue, KeepsOrderAndRefusesPastCapacity)
     EXPECT_FALSE(queue->pop(out));
     EXPECT_TRUE(queue->isEmpty());
     // nodes come back: the queue is usable again
-    EXPECT_TRUE(queue->push(&values[0]));
-}
+    EXPECT_TRUE(queue->push(&values[0]) && queue->pop(out));
 
-TEST(LockFreeQueue, ConcurrentProducersAndConsumersLoseNothing)
-{
-    auto queue = std::make_unique<LockFreeIndexQueue>();
     constexpr int producers = 3, perProducer = 20000;
     std::vector<std::vector<int>> items(producers, std::vector<int>(perProducer));
     std::atomic<int> consumed{0};
@@ -107,7 +103,7 @@ TEST(AsyncChannel, DeliversOnTheMessageThreadWithinTheTimer)
     EXPECT_TRUE(onMessageThread);
 }
 
-TEST(AsyncChannel, OverflowDropsTheExcessAndRecovers)
+TEST(AsyncChannel, OverflowDropsTheExcessRecoversAndDeadBodiesAreHarmless)
 {
     auto element = std::make_shared<Element>("Plain", "Flooded");
     drainEverything();
@@ -125,11 +121,8 @@ TEST(AsyncChannel, OverflowDropsTheExcessAndRecovers)
     element->signals().parameterChangedAsync.post(*element, 2);
     ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(delivered, ParameterChangedAsyncSignal::messageCapacity + 1);
-}
 
-TEST(AsyncChannel, PostForADeadOrSilentBodyIsHarmless)
-{
-    drainEverything();
+    // Posts for a dead or silent body are harmless.
     {
         auto element = std::make_shared<Element>("Plain", "Short");
         element->signals().parameterChangedAsync.post(*element, 3); // no slots: no body

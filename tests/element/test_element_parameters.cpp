@@ -13,7 +13,7 @@
 using namespace oxa;
 using oxa::test::ProbeElement;
 
-TEST(ParameterRegistryIds, CommonIdsComeFirstAndCountUp)
+TEST(ParameterRegistryIds, CommonIdsFirstSameNameTwiceTwoIdsUnregisterForgets)
 {
     const auto& common = Element::commonIds();
     ProbeElement probe("p");
@@ -28,11 +28,7 @@ TEST(ParameterRegistryIds, CommonIdsComeFirstAndCountUp)
     EXPECT_EQ(registry.nameOf(common.alias[5]), "Param5");
     EXPECT_EQ(Element::aliasIndex(common.alias[17]), 17);
     EXPECT_EQ(Element::aliasIndex(common.bypass), -1);
-}
 
-TEST(ParameterRegistryIds, SameNameTwiceGivesTwoIdsAndUnregisterForgets)
-{
-    auto& registry = ParameterRegistry::instance();
     const uint32_t a = registry.registerFloat(ParameterDescription<float>("Twice", 0, 0, 1));
     const uint32_t b = registry.registerFloat(ParameterDescription<float>("Twice", 0, 0, 1));
     EXPECT_NE(a, b);
@@ -74,7 +70,7 @@ TEST(ParameterDescriptions, FlagsDefaultMapperAndTextForms)
     EXPECT_EQ(plain.valueToText(nullptr, 2.0f), "<2.0>");
 }
 
-TEST(ElementParameters, BindingCreatesEnvelopesOnlyForModulatableInputs)
+TEST(ElementParameters, EnvelopesOnlyForModulatableInputsAndANullRecordThrows)
 {
     ProbeElement probe("p");
     // gain, band, mode, enabled; not the output level, not the global label or the common ones
@@ -87,11 +83,7 @@ TEST(ElementParameters, BindingCreatesEnvelopesOnlyForModulatableInputs)
         EXPECT_LT(probe.parameterAt(i - 1).id, probe.parameterAt(i).id);
     EXPECT_EQ(probe.parameterId("Mode"), ProbeElement::ids().mode);
     EXPECT_EQ(probe.parameterId("Bypass"), 0u); // declared, bound by processing elements
-}
 
-TEST(ElementParameters, NullRecordThrowsAndTakesNothing)
-{
-    ProbeElement probe("p");
     const std::size_t before = probe.parameterCount();
     auto* stray = new ParameterInfo<float>(ProbeElement::ids().gain, &probe, &ProbeElement::gain,
                                            &ProbeElement::setGain);
@@ -107,7 +99,7 @@ TEST(ElementParameters, NullRecordThrowsAndTakesNothing)
     EXPECT_EQ(probe.parameterCount(), before);
 }
 
-TEST(ElementParameters, ReadsGoThroughStateGlobalOrGetter)
+TEST(ElementParameters, ReadsAndImmediateSets)
 {
     ProbeElement probe("p");
     probe.main().gain = 0.75f;
@@ -122,11 +114,8 @@ TEST(ElementParameters, ReadsGoThroughStateGlobalOrGetter)
     EXPECT_EQ(probe.stringParameter(Element::commonIds().displayType), "Probe");
     EXPECT_EQ(probe.findIntInfo(ProbeElement::ids().gain), nullptr); // other kind
     EXPECT_EQ(probe.findFloatInfo(99999), nullptr);
-}
 
-TEST(ElementParameters, ImmediateSetWritesBothStatesAndIndexArguments)
-{
-    ProbeElement probe("p");
+    // An immediate set writes both states and passes index arguments.
     probe.setFloatParameter(ProbeElement::ids().gain, 0.3f);
     EXPECT_FLOAT_EQ(probe.main().gain, 0.3f);
     EXPECT_FLOAT_EQ(probe.second().gain, 0.3f);
@@ -144,7 +133,7 @@ TEST(ElementParameters, ImmediateSetWritesBothStatesAndIndexArguments)
     EXPECT_FLOAT_EQ(probe.main().gain, 0.3f);
 }
 
-TEST(ElementDeferred, ReadBeforeApplyGivesTheDeferredValue)
+TEST(ElementDeferred, ReadsSeeTheLastValueAndApplyCountsOnce)
 {
     ProbeElement probe("p");
     probe.setFloatParameter(ProbeElement::ids().gain, 0.1f);
@@ -156,23 +145,16 @@ TEST(ElementDeferred, ReadBeforeApplyGivesTheDeferredValue)
     EXPECT_FLOAT_EQ(probe.main().gain, 0.8f);
     EXPECT_EQ(probe.updateCounter(), static_cast<uint16_t>(counter + 1));
     EXPECT_FALSE(probe.findFloatInfo(ProbeElement::ids().gain)->isPending());
-}
 
-TEST(ElementDeferred, TwoDeferredSetsMoveTheCounterOnceAndTheLastWins)
-{
-    ProbeElement probe("p");
-    const uint16_t counter = probe.updateCounter();
+    // Two deferred sets move the counter once and the last wins.
     probe.setIntParameter(ProbeElement::ids().mode, 1, true);
     probe.setIntParameter(ProbeElement::ids().mode, 3, true);
     probe.applyPendingParameters(probe.mainState());
     probe.applyPendingParameters(probe.mainState());
     EXPECT_EQ(probe.main().mode, 3);
-    EXPECT_EQ(probe.updateCounter(), static_cast<uint16_t>(counter + 1));
-}
+    EXPECT_EQ(probe.updateCounter(), static_cast<uint16_t>(counter + 2));
 
-TEST(ElementDeferred, ImmediateAfterDeferredDropsTheDeferredValue)
-{
-    ProbeElement probe("p");
+    // An immediate set after a deferred one drops the deferred value.
     probe.setBoolParameter(ProbeElement::ids().enabled, true, true);
     probe.setBoolParameter(ProbeElement::ids().enabled, false);
     EXPECT_FALSE(probe.boolParameter(ProbeElement::ids().enabled));
@@ -194,7 +176,7 @@ TEST(ElementDeferred, NonDeferredThirdArgumentWritesMainOnlyAndCountsAnUpdate)
     EXPECT_FLOAT_EQ(probe.second().gain, 0.6f);
 }
 
-TEST(ElementNotification, SyncOnTheCallerAsyncOnTheMessageThread)
+TEST(ElementNotification, SyncOnTheCallerAsyncLaterAndNothingWhenUnheard)
 {
     ProbeElement probe("p");
     std::vector<unsigned> sync, async;
@@ -210,18 +192,14 @@ TEST(ElementNotification, SyncOnTheCallerAsyncOnTheMessageThread)
     for (int i = 0; i < 50 && async.size() < 2; ++i)
         juce::MessageManager::getInstance()->runDispatchLoopUntil(10);
     EXPECT_EQ(async, sync);
-}
 
-TEST(ElementNotification, UnheardElementPostsNothing)
-{
-    ProbeElement probe("p");
-    ParameterChangedAsyncSignal::drainNow();
-    probe.setFloatParameter(ProbeElement::ids().gain, 0.2f);
-    EXPECT_FALSE(probe.hasSignals());
+    ProbeElement unheard("q");
+    unheard.setFloatParameter(ProbeElement::ids().gain, 0.2f);
+    EXPECT_FALSE(unheard.hasSignals());
     EXPECT_EQ(ParameterChangedAsyncSignal::queuedMessages(), 0u);
 }
 
-TEST(ElementDump, PrintsEveryParameterInOrder)
+TEST(ElementDump, PrintsEveryParameterInOrderAndCountsMemory)
 {
     auto element = std::make_shared<Element>("Plain", "Dumped");
     testing::internal::CaptureStdout();
@@ -238,14 +216,10 @@ TEST(ElementDump, PrintsEveryParameterInOrder)
     std::ostringstream size;
     size << static_cast<float>((2 * 72 + 240) / 1048576.0) << "\n";
     EXPECT_EQ(out, expected + size.str());
-}
 
-TEST(ElementMemory, OwnSizeCountsParametersAndDescendants)
-{
-    auto parent = std::make_shared<Element>("Plain", "Parent");
-    auto child = std::make_shared<Element>("Plain", "Child");
-    parent->addChild(child);
+    // The memory size counts the parameters of the element and its descendants.
+    element->addChild(std::make_shared<Element>("Plain", "Child"));
     const double each = (2 * 72.0 + 240.0) / 1048576.0;
-    EXPECT_DOUBLE_EQ(parent->ownMemorySize(), each);
-    EXPECT_NEAR(parent->floatParameter(Element::commonIds().memorySize), 2 * each, 1e-9);
+    EXPECT_DOUBLE_EQ(element->ownMemorySize(), each);
+    EXPECT_NEAR(element->floatParameter(Element::commonIds().memorySize), 2 * each, 1e-9);
 }

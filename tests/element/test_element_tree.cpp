@@ -16,8 +16,10 @@ std::shared_ptr<Element> plain(const String& name, const String& type = "Plain")
     return std::make_shared<Element>(type, name);
 }
 
-std::vector<String> namesOf(const std::vector<Element*>& elements)
+std::vector<String> found(Element& from, const char* pattern)
 {
+    std::vector<Element*> elements;
+    from.findElements(pattern, elements);
     std::vector<String> names;
     for (auto* e : elements)
         names.push_back(e->name().text());
@@ -44,7 +46,7 @@ struct Tree
 };
 } // namespace
 
-TEST(ElementChildren, KeptSortedByNameWithSignals)
+TEST(ElementChildren, KeptSortedWithSignalsAndDetachedOnDestruction)
 {
     auto parent = plain("P");
     std::vector<String> added, removed;
@@ -63,7 +65,7 @@ TEST(ElementChildren, KeptSortedByNameWithSignals)
 
     auto held = parent->children()[1];
     parent->removeChild(held.get());
-    EXPECT_EQ(held->parent(), nullptr); // still held here: detached
+    EXPECT_EQ(held->parent(), nullptr);
     EXPECT_EQ(parent->findElement("b"), nullptr);
     EXPECT_EQ(added, (std::vector<String>{"c", "a", "b"}));
     EXPECT_EQ(removed, (std::vector<String>{"b"}));
@@ -72,23 +74,17 @@ TEST(ElementChildren, KeptSortedByNameWithSignals)
     parent->replaceChild(replacement);
     EXPECT_EQ(parent->children().size(), 2u);
     EXPECT_EQ(parent->findElement("a"), replacement.get());
-}
 
-TEST(ElementChildren, DestroyedSignalFiresOnceAndHeldChildrenAreDetached)
-{
+    // Destruction fires once and detaches children held elsewhere.
     int destroyed = 0;
-    int owner = 0;
-    std::shared_ptr<Element> survivor = plain("kept");
-    {
-        auto parent = plain("dying");
-        parent->addChild(survivor);
-        parent->signals().destroyed.connect(&owner, [&](Element*) { ++destroyed; });
-    }
+    parent->signals().destroyed.connect(&owner, [&](Element*) { ++destroyed; });
+    auto survivor = parent->children()[0];
+    parent.reset();
     EXPECT_EQ(destroyed, 1);
     EXPECT_EQ(survivor->parent(), nullptr);
 }
 
-TEST(ElementPaths, PathFromTheRootAndUniqueNames)
+TEST(ElementPaths, PathsUniqueNamesAndLookups)
 {
     Tree t;
     EXPECT_EQ(t.b->path(), "/A/B");
@@ -96,11 +92,7 @@ TEST(ElementPaths, PathFromTheRootAndUniqueNames)
     EXPECT_EQ(t.root->path(), "");
     EXPECT_EQ(t.root->uniqueChildName("Ch", 1), "Ch3");
     EXPECT_EQ(t.root->uniqueChildName("Mapper ", 0), "Mapper 0");
-}
 
-TEST(ElementPaths, RelativeAbsoluteAndParentSegments)
-{
-    Tree t;
     EXPECT_EQ(t.root->findElement("A/B"), t.b.get());
     EXPECT_EQ(t.b->findElement(".."), nullptr); // no "/": a child name
     EXPECT_EQ(t.b->findElement("../"), t.a.get());
@@ -109,18 +101,14 @@ TEST(ElementPaths, RelativeAbsoluteAndParentSegments)
     EXPECT_EQ(t.b->findElement("/A/./B"), t.b.get());
     EXPECT_EQ(t.b->findElement("/A/Missing"), nullptr);
     EXPECT_EQ(t.b->findElement("../../../x"), nullptr);
-}
-
-TEST(ElementPaths, TypeSegmentsFindTheNearestAncestorOfThatType)
-{
-    Tree t;
+    // A type segment finds the nearest ancestor of that type.
     EXPECT_EQ(t.b->findElement("$Leaf"), t.b.get());
     EXPECT_EQ(t.b->findElement("$Group"), t.a.get());
     EXPECT_EQ(t.b->findElement("$Root/Ch2"), t.root->findElement("Ch2"));
     EXPECT_EQ(t.b->findElement("$Nothing"), nullptr);
 }
 
-TEST(ElementPaths, AliasesChainAndACycleEndsWithNull)
+TEST(ElementPaths, AliasesChainCyclesEndWithNullAndWildcards)
 {
     Tree t;
     t.a->setAlias("first", "second");
@@ -132,29 +120,15 @@ TEST(ElementPaths, AliasesChainAndACycleEndsWithNull)
     t.a->setAlias("x", "y");
     t.a->setAlias("y", "x");
     EXPECT_EQ(t.a->findElement("x"), nullptr);
+
+    EXPECT_EQ(found(*t.root, "Ch*"), (std::vector<String>{"Ch1", "Ch2"}));
+    EXPECT_EQ(found(*t.b, "/{Ch1,Other}"), (std::vector<String>{"Ch1", "Other"}));
+    EXPECT_EQ(found(*t.b, "../../?h2"), std::vector<String>{"Ch2"});
+    EXPECT_EQ(found(*t.root, "*/B"), std::vector<String>{"B"});
+    EXPECT_EQ(found(*t.root, "A/"), std::vector<String>{"A"});
 }
 
-TEST(ElementPaths, WildcardSearches)
-{
-    Tree t;
-    std::vector<Element*> out;
-    t.root->findElements("Ch*", out);
-    EXPECT_EQ(namesOf(out), (std::vector<String>{"Ch1", "Ch2"}));
-    out.clear();
-    t.b->findElements("/{Ch1,Other}", out);
-    EXPECT_EQ(namesOf(out), (std::vector<String>{"Ch1", "Other"}));
-    out.clear();
-    t.b->findElements("../../?h2", out);
-    EXPECT_EQ(namesOf(out), (std::vector<String>{"Ch2"}));
-    out.clear();
-    t.root->findElements("*/B", out);
-    EXPECT_EQ(namesOf(out), (std::vector<String>{"B"}));
-    out.clear();
-    t.root->findElements("A/", out);
-    EXPECT_EQ(namesOf(out), (std::vector<String>{"A"}));
-}
-
-TEST(ElementModified, SetClimbsClearStaysLocal)
+TEST(ElementModified, SetClimbsClearStaysLocalParameterSetsMark)
 {
     Tree t;
     int fired = 0;
@@ -169,18 +143,14 @@ TEST(ElementModified, SetClimbsClearStaysLocal)
     t.root->clearModified();
     EXPECT_FALSE(t.root->isModified());
     EXPECT_TRUE(t.a->isModified());
-}
 
-TEST(ElementModified, PersistentChangesMarkOutputsDoNot)
-{
-    auto parent = plain("P");
     auto probe = std::make_shared<test::ProbeElement>("probe");
-    parent->addChild(probe);
-    parent->clearModified();
+    t.b->addChild(probe);
+    t.b->clearModified();
     probe->clearModified();
     probe->setIntParameter(test::ProbeElement::ids().mode, 1, true); // deferred sets mark too
     EXPECT_TRUE(probe->isModified());
-    EXPECT_TRUE(parent->isModified());
+    EXPECT_TRUE(t.b->isModified());
 }
 
 TEST(ElementProperties, EveryWriteFiresAndLocksReadTheProperty)
@@ -212,7 +182,7 @@ TEST(ElementProperties, EveryWriteFiresAndLocksReadTheProperty)
     EXPECT_TRUE(probe->isParameterLocked(gain));
 }
 
-TEST(ElementErrors, QueuedUntilAParentExistsThenClimbWithPaths)
+TEST(ElementWalks, ErrorsClimbWithPathsPrepareReachesChildrenStatesClonePending)
 {
     auto root = plain("", "Root");
     auto mid = plain("Mid");
@@ -228,10 +198,7 @@ TEST(ElementErrors, QueuedUntilAParentExistsThenClimbWithPaths)
     EXPECT_EQ(error.sourcePath, "Mid/Leaf");
     EXPECT_EQ(error.message, "bad value");
     EXPECT_EQ(error.context, "Loading");
-}
 
-TEST(ElementLifecycle, PrepareWalksChildrenAndCreateStateClonesWithPending)
-{
     auto parent = plain("P");
     auto probe = std::make_shared<test::ProbeElement>("probe");
     parent->addChild(probe);

@@ -53,7 +53,6 @@ void expectBlockMatchesSingle(const ParameterMapper& m)
 TEST(LinearMapper, MapsEndsInvertsAndExtrapolates)
 {
     LinearParameterMapper m(-24.0f, 12.0f);
-    EXPECT_FLOAT_EQ(m.range, 36.0f);
     EXPECT_FLOAT_EQ(mapped(m, 0.0f), -24.0f);
     EXPECT_FLOAT_EQ(mapped(m, 1.0f), 12.0f);
     EXPECT_FLOAT_EQ(mapped(m, 1.5f), 30.0f);
@@ -61,14 +60,12 @@ TEST(LinearMapper, MapsEndsInvertsAndExtrapolates)
     EXPECT_FLOAT_EQ(unmapped(m, 0.0f), 24.0f / 36.0f);
     expectRoundTrip(m, 1e-6f);
     expectBlockMatchesSingle(m);
-}
 
-TEST(LinearMapper, UnsyncedSyncMapperIsLinear)
-{
-    SyncLinearParameterMapper m(0.01f, 10.0f);
-    EXPECT_FLOAT_EQ(mapped(m, 0.5f), 0.5f * (10.0f - 0.01f) + 0.01f);
-    expectRoundTrip(m, 1e-6f);
-    expectBlockMatchesSingle(m);
+    // Without an owner the sync mapper stays linear.
+    SyncLinearParameterMapper unsynced(0.01f, 10.0f);
+    EXPECT_FLOAT_EQ(mapped(unsynced, 0.5f), 0.5f * (10.0f - 0.01f) + 0.01f);
+    expectRoundTrip(unsynced, 1e-6f);
+    expectBlockMatchesSingle(unsynced);
     EXPECT_FALSE(syncsToHost(nullptr));
 }
 
@@ -78,9 +75,9 @@ TEST(LogMapper, GeometricScaleWithAndWithoutOffset)
     EXPECT_NEAR(mapped(m, 0.0f), 0.001f, 1e-9f);
     EXPECT_NEAR(mapped(m, 1.0f), 1.0f, 1e-6f);
     EXPECT_NEAR(mapped(m, 0.5f), std::sqrt(0.001f), 1e-6f);
-    EXPECT_NEAR(m.logRange, std::log(1000.0), 1e-6);
     expectRoundTrip(m, 1e-6f);
     expectBlockMatchesSingle(m);
+    expectBlockMatchesSingle(SyncLogMapper(0.001f, 1.0f));
 
     // An offset lets the range start at zero.
     LogMapper shifted(0.0f, 99.0f, 1.0f);
@@ -88,68 +85,50 @@ TEST(LogMapper, GeometricScaleWithAndWithoutOffset)
     EXPECT_NEAR(mapped(shifted, 0.5f), 9.0f, 1e-5f);
     EXPECT_NEAR(mapped(shifted, 1.0f), 99.0f, 1e-4f);
     expectRoundTrip(shifted, 1e-6f);
-
-    SyncLogMapper unsynced(0.001f, 1.0f);
-    expectBlockMatchesSingle(unsynced);
 }
 
-TEST(CurveMapper, ShapeAndPointConstructors)
+TEST(CurveMapper, ShapesPointsAndTheOddBipolarForm)
 {
     CurveMapper straight(0.0f, 0.0f, 10.0f);
-    EXPECT_NEAR(straight.exponent, 1.0f, 1e-6f);
+    EXPECT_NEAR(mapped(straight, 0.3f), 3.0f, 1e-5f);
     EXPECT_FALSE(straight.bipolar);
-
     CurveMapper squared(0.5f, 2.0f, 6.0f);
-    EXPECT_NEAR(squared.exponent, 2.0f, 1e-5f);
     EXPECT_NEAR(mapped(squared, 0.5f), 3.0f, 1e-5f);
     expectRoundTrip(squared, 1e-5f);
-
     CurveMapper through(0.25f, 5.0f, 0.0f, 100.0f);
     EXPECT_NEAR(mapped(through, 0.25f), 5.0f, 1e-4f);
     EXPECT_NEAR(mapped(through, 1.0f), 100.0f, 1e-4f);
     expectRoundTrip(through, 1e-5f);
+
+    CurveMapper bipolar(0.5f, -4.0f, 4.0f);
+    ASSERT_TRUE(bipolar.bipolar);
+    EXPECT_FLOAT_EQ(mapped(bipolar, 0.5f), 0.0f);
+    for (auto [n, x] : {std::pair{1.0f, 4.0f}, {0.0f, -4.0f}, {0.75f, 1.0f}, {0.25f, -1.0f}})
+        EXPECT_NEAR(mapped(bipolar, n), x, 1e-5f) << n;
+    expectRoundTrip(bipolar, 1e-5f);
 }
 
-TEST(CurveMapper, BipolarIsOddAroundTheMiddle)
-{
-    CurveMapper m(0.5f, -4.0f, 4.0f);
-    ASSERT_TRUE(m.bipolar);
-    EXPECT_FLOAT_EQ(mapped(m, 0.5f), 0.0f);
-    EXPECT_NEAR(mapped(m, 1.0f), 4.0f, 1e-5f);
-    EXPECT_NEAR(mapped(m, 0.0f), -4.0f, 1e-5f);
-    EXPECT_NEAR(mapped(m, 0.75f), 1.0f, 1e-5f);
-    EXPECT_NEAR(mapped(m, 0.25f), -1.0f, 1e-5f);
-    expectRoundTrip(m, 1e-5f);
-}
-
-TEST(BipolarLogMapper, SymmetricLogHalves)
+TEST(BipolarLogAndFilterFreqMappers, SymmetricLogHalvesAndAPitchScaleAnchoredAtA440)
 {
     BipolarLogMapper m(100.0f, 1.0f);
-    EXPECT_FLOAT_EQ(m.min, -100.0f);
-    EXPECT_FLOAT_EQ(m.max, 100.0f);
     EXPECT_NEAR(mapped(m, 0.5f), 0.0f, 1e-6f);
     EXPECT_NEAR(mapped(m, 1.0f), 100.0f, 1e-3f);
     EXPECT_NEAR(mapped(m, 0.0f), -100.0f, 1e-3f);
     EXPECT_NEAR(mapped(m, 0.8f), -mapped(m, 0.2f), 1e-4f);
     expectRoundTrip(m, 1e-5f);
-}
 
-TEST(FilterFreqMapper, PitchScaleAnchoredAtA440)
-{
-    Oxa3FilterFreqMapper m(20.0f, 20000.0f);
-    EXPECT_NEAR(mapped(m, 1.0f), 20000.0f, 1.0f);
-    EXPECT_NEAR(unmapped(m, 440.0f), 69.0f * m.inverseScale, 1e-5f);
-    EXPECT_NEAR(mapped(m, 69.0f / m.scale), 440.0f, 1e-2f);
+    Oxa3FilterFreqMapper pitch(20.0f, 20000.0f);
+    EXPECT_NEAR(mapped(pitch, 1.0f), 20000.0f, 1.0f);
+    EXPECT_NEAR(unmapped(pitch, 440.0f), 69.0f * pitch.inverseScale, 1e-5f);
+    EXPECT_NEAR(mapped(pitch, 69.0f / pitch.scale), 440.0f, 1e-2f);
     // One octave is twelve steps of the scale, whatever the lower bound says.
-    EXPECT_NEAR(mapped(m, 81.0f / m.scale), 880.0f, 2e-2f);
-    expectRoundTrip(m, 2e-5f);
+    EXPECT_NEAR(mapped(pitch, 81.0f / pitch.scale), 880.0f, 2e-2f);
+    expectRoundTrip(pitch, 2e-5f);
 }
 
 TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
 {
     ConformalMapper m(0.0f, 1.0f, 0.25f);
-    EXPECT_NEAR(m.a, 1.5, 1e-7);
-    EXPECT_NEAR(m.b, 0.5, 1e-7);
     EXPECT_NEAR(mapped(m, 0.0f), 0.0f, 1e-7f);
     EXPECT_NEAR(mapped(m, 0.5f), 0.25f, 1e-6f);
     EXPECT_NEAR(mapped(m, 1.0f), 1.0f, 1e-6f);
@@ -163,34 +142,22 @@ TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
     expectRoundTrip(wide, 1e-5f);
 }
 
-TEST(NoteTable, NormalisedToIndexRoundsAndClamps)
+TEST(NoteTable, NormalisedAndLengthToIndexRoundAndClamp)
 {
-    EXPECT_EQ(noteIndexOfNormalised(0.5f), 15);
-    EXPECT_FLOAT_EQ(noteLength(noteIndexOfNormalised(0.5f)), 1.3333334f);
-    EXPECT_EQ(noteIndexOfNormalised(0.0f), 0);
-    EXPECT_EQ(noteIndexOfNormalised(1.0f), 29);
-    EXPECT_EQ(noteIndexOfNormalised(-3.0f), 0);
-    EXPECT_EQ(noteIndexOfNormalised(7.0f), 29);
-    EXPECT_EQ(noteIndexOfNormalised(std::nanf("")), 0);
-    // Halfway between two steps goes up.
-    EXPECT_EQ(noteIndexOfNormalised(0.5f / 29.0f), 1);
+    // Halfway between two steps goes up; NaN takes the first row.
+    for (auto [n, index] : {std::pair{0.5f, 15}, {0.0f, 0}, {1.0f, 29}, {-3.0f, 0}, {7.0f, 29},
+                            {std::nanf(""), 0}, {0.5f / 29.0f, 1}})
+        EXPECT_EQ(noteIndexOfNormalised(n), index) << n;
+    EXPECT_FLOAT_EQ(noteLength(15), 1.3333334f);
     for (int i = 0; i < noteCount; ++i)
+    {
         EXPECT_EQ(noteIndexOfNormalised(noteNormalisedOfIndex(i)), i);
-}
-
-TEST(NoteTable, LengthToIndexThresholds)
-{
-    for (int i = 0; i < noteCount; ++i)
         EXPECT_EQ(noteIndexOfLength(noteLength(i)), i) << noteText(i);
+    }
     // Lengths in no row snap to the first row whose threshold they reach.
-    EXPECT_EQ(noteIndexOfLength(1000.0f), 0);
-    EXPECT_EQ(noteIndexOfLength(1.4f), 15);
-    EXPECT_EQ(noteIndexOfLength(1.3f), 16);
-    EXPECT_EQ(noteIndexOfLength(0.99995f), 16);
-    EXPECT_EQ(noteIndexOfLength(0.9998f), 17);
-    EXPECT_EQ(noteIndexOfLength(0.05f), 29);
-    EXPECT_EQ(noteIndexOfLength(-1.0f), 29);
-    EXPECT_EQ(noteIndexOfLength(std::nanf("")), 29);
+    for (auto [length, index] : {std::pair{1000.0f, 0}, {1.4f, 15}, {1.3f, 16}, {0.99995f, 16}, {0.9998f, 17},
+                                 {0.05f, 29}, {-1.0f, 29}, {std::nanf(""), 29}})
+        EXPECT_EQ(noteIndexOfLength(length), index) << length;
 }
 
 TEST(NoteTable, TextsAndOutOfTableRows)
@@ -200,22 +167,17 @@ TEST(NoteTable, TextsAndOutOfTableRows)
     EXPECT_STREQ(noteText(-1), "");
     EXPECT_FLOAT_EQ(noteLength(30), 0.0f);
     EXPECT_EQ(noteIndexOfText("1/16 tri"), 24);
-    EXPECT_EQ(noteIndexOfText("1/16 TRI"), -1);
-    EXPECT_EQ(noteIndexOfText(" 1/16 tri"), -1);
-    EXPECT_EQ(noteIndexOfText(nullptr), -1);
+    for (const char* bad : {"1/16 TRI", " 1/16 tri", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(noteIndexOfText(bad), -1);
 }
 
 TEST(NoteTable, NearestLengthBelowForRateSwitching)
 {
     // 120 bpm at 0.1 Hz is twenty beats a cycle.
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(120.0f / 0.1f * 0.016666668f), 20.0f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(5000.0f), 128.0f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(5.0f), 4.0f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(1.4f), 1.3333334f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(2.6665f), 2.0f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(0.0625f), 0.0625f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(0.06f), 0.041666668f);
-    EXPECT_FLOAT_EQ(nearestNoteLengthBelow(std::nanf("")), 0.041666668f);
+    for (auto [length, below] : {std::pair{120.0f / 0.1f * 0.016666668f, 20.0f}, {5000.0f, 128.0f}, {5.0f, 4.0f},
+                                 {1.4f, 1.3333334f}, {2.6665f, 2.0f}, {0.0625f, 0.0625f}, {0.06f, 0.041666668f},
+                                 {std::nanf(""), 0.041666668f}})
+        EXPECT_FLOAT_EQ(nearestNoteLengthBelow(length), below) << length;
     for (int i = 0; i < lastNoteIndex; ++i)
         EXPECT_FLOAT_EQ(nearestNoteLengthBelow(noteLength(i)), noteLength(i)) << noteText(i);
 }
@@ -252,24 +214,20 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
     SyncProbe probe(true);
     SyncLinearParameterMapper linear(0.0f, 10.0f);
     SyncLogMapper log(0.01f, 10.0f);
-    float n = 0.5f;
-    linear.map(&probe, n);
-    EXPECT_FLOAT_EQ(n, 5.0f);
+    float v = 0.5f;
+    linear.map(&probe, v);
+    EXPECT_FLOAT_EQ(v, 5.0f);
     EXPECT_FALSE(syncsToHost(&probe));
 
     probe.sync(true);
     ASSERT_TRUE(syncsToHost(&probe));
     for (const ParameterMapper* m : {(const ParameterMapper*) &linear, (const ParameterMapper*) &log})
     {
-        float v = 0.5f;
-        m->map(&probe, v);
-        EXPECT_FLOAT_EQ(v, 1.3333334f);
-        v = -2.0f;
-        m->map(&probe, v);
-        EXPECT_FLOAT_EQ(v, 128.0f);
-        v = 3.0f;
-        m->map(&probe, v);
-        EXPECT_FLOAT_EQ(v, 0.041666668f);
+        for (auto [n, length] : {std::pair{0.5f, 1.3333334f}, {-2.0f, 128.0f}, {3.0f, 0.041666668f}})
+        {
+            m->map(&probe, n);
+            EXPECT_FLOAT_EQ(n, length);
+        }
         // A length in no row snaps to the first row it reaches: 1.4 beats is "1/2 tri".
         v = 1.4f;
         m->unmap(&probe, v);
@@ -284,18 +242,14 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
     }
 
     probe.sync(false);
-    float v = 0.5f;
+    v = 0.5f;
     log.map(&probe, v);
     EXPECT_NEAR(v, 0.31622776f, 1e-6f);
-}
 
-TEST(SyncedOwner, ElementWithoutTheSwitchIsNeverSynced)
-{
     SyncProbe bare(false);
     EXPECT_FALSE(syncsToHost(&bare));
-    SyncLinearParameterMapper m(0.0f, 2.0f);
-    float v = 0.25f;
-    m.map(&bare, v);
+    v = 0.25f;
+    SyncLinearParameterMapper(0.0f, 2.0f).map(&bare, v);
     EXPECT_FLOAT_EQ(v, 0.5f);
     EXPECT_EQ(floatValueToText(4, 0.0f, 2.0f, 0.5f, &bare), "500 ms");
 }

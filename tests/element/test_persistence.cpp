@@ -162,7 +162,7 @@ TEST(ElementPersistenceLoad, MissingUnknownAndBadValues)
     EXPECT_FALSE(probe.boolParameter(ids.enabled));
 }
 
-TEST(ElementPersistenceLoad, SyncedValuesAreNotClampedWhateverTheAttributeOrder)
+TEST(ElementPersistenceLoad, SyncedValuesUnclampedInAnyOrderAndVersionsReachTheClass)
 {
     SyncedProbe probe;
     ASSERT_TRUE(load(probe, document("PersistRate=\"4\" SyncToHost=\"1\"")));
@@ -171,19 +171,15 @@ TEST(ElementPersistenceLoad, SyncedValuesAreNotClampedWhateverTheAttributeOrder)
 
     ASSERT_TRUE(load(probe, document("PersistRate=\"4\" SyncToHost=\"0\"")));
     EXPECT_FLOAT_EQ(probe.rate(), 1.0f);
-}
 
-TEST(ElementPersistenceLoad, VersionsReachTheDerivedClass)
-{
-    SyncedProbe probe;
-    ASSERT_TRUE(load(probe, document("SyncedProbeVersion=\"5\"")));
-    EXPECT_EQ(probe.loadedVersion, 5);
-    ASSERT_TRUE(load(probe, document("")));
-    EXPECT_EQ(probe.loadedVersion, 0);
-    ASSERT_TRUE(load(probe, document("SyncedProbeVersion=\"x\"")));
-    EXPECT_EQ(probe.loadedVersion, 0);
-    ASSERT_TRUE(load(probe, "<HarrierProgram><SyncedProbe SyncedProbeVersion=\"5\"/></HarrierProgram>"));
-    EXPECT_EQ(probe.loadedVersion, -1) << "the old layout is told by the root";
+    // Versions reach the derived class; the old layout is told by the root.
+    const std::string oldLayout = "<HarrierProgram><SyncedProbe SyncedProbeVersion=\"5\"/></HarrierProgram>";
+    for (auto [text, version] : {std::pair{document("SyncedProbeVersion=\"5\""), 5}, {document(""), 0},
+                                 {document("SyncedProbeVersion=\"x\""), 0}, {oldLayout, -1}})
+    {
+        ASSERT_TRUE(load(probe, text)) << text;
+        EXPECT_EQ(probe.loadedVersion, version) << text;
+    }
 }
 
 TEST(ElementPersistenceLoad, RefusedDocumentsChangeNothing)
@@ -317,10 +313,9 @@ TEST(ElementPersistenceFiles, ThroughPaths)
     ASSERT_TRUE(writeXmlFile(xml, copyPath));
     EXPECT_EQ(juce::File(copyPath.text()).loadFileAsString(), juce::File(file.text()).loadFileAsString());
 
-    SaveOptions more;
-    EXPECT_FALSE(loadFromFile(copy, Path(folder.getChildFile("missing.xml").getFullPathName()), more));
     ASSERT_TRUE(folder.getChildFile("empty.xml").create());
-    EXPECT_FALSE(loadFromFile(copy, Path(folder.getChildFile("empty.xml").getFullPathName()), more));
+    for (const char* bad : {"missing.xml", "empty.xml"})
+        EXPECT_FALSE(loadFromFile(copy, Path(folder.getChildFile(bad).getFullPathName()), options)) << bad;
     EXPECT_FALSE(readXmlFile(xml, Path(folder.getChildFile("missing.xml").getFullPathName())));
     folder.deleteRecursively();
 }
