@@ -225,21 +225,26 @@ void ExportedPluginParameter::gestureEnded(Element& from, unsigned changedId)
 
 float ExportedPluginParameter::normalise(Element& e, const ParameterDescriptionBase* d) const
 {
+    // The value once the writes waiting now have applied: hosts compare a new write with
+    // this and skip it when equal, so a stale value would drop a write a batch needs.
     const unsigned pid = id.load();
     switch (parameterKind.load())
     {
         case ParameterKind::Float:
         {
+            float plain = e.pendingFloatParameter(pid);
+            if (std::isnan(plain)) // not known before it applies
+                plain = e.floatParameter(pid);
             // A host only understands 0..1; a synced or rounded value must not step outside.
-            const float v = static_cast<const ParameterDescription<float>*>(d)->unmap(&e, e.floatParameter(pid));
+            const float v = static_cast<const ParameterDescription<float>*>(d)->unmap(&e, plain);
             return std::isfinite(v) ? juce::jlimit(0.0f, 1.0f, v) : 0.0f;
         }
         case ParameterKind::Int:
         {
             auto* i = static_cast<const ParameterDescription<int>*>(d);
-            return intRangeNormalise(e.intParameter(pid), i->min, i->max);
+            return intRangeNormalise(e.pendingIntParameter(pid), i->min, i->max);
         }
-        case ParameterKind::Bool: return e.boolParameter(pid) ? 1.0f : 0.0f;
+        case ParameterKind::Bool: return e.pendingBoolParameter(pid) ? 1.0f : 0.0f;
         default: return 0.0f;
     }
 }
