@@ -165,6 +165,7 @@ private:
 
     std::atomic<float> hostTempo_{120.0f};
     std::atomic<bool> syncToHost_{false};
+    std::atomic<bool> hostPlaying{false}; // as the last block saw it
     std::size_t firstOwnParameter = 0;
 
     std::mutex monitorCreation; // message thread only
