@@ -8,6 +8,7 @@
 #include "plugin/AutomationParameterInterface.h"
 #include "plugin/HostAudioBlock.h"
 #include "plugin/PluginDefinition.h"
+#include "resources/SettingsStore.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -108,6 +109,8 @@ public:
     int preparedBlockSize() const { return blockSize_; }
 
     static int liveInstances() { return liveCount.load(); }
+    /** The wrapper's settings key ("SOFTWARE\\<maker>\\<product>\\VST3"), or null. */
+    SettingsStore* settingsKey() const { return settings.get(); }
 
     // ---- host state chunk ----
     /** The document held in a state chunk, or an empty one when the chunk holds none. */
@@ -141,6 +144,7 @@ protected:
     uint32_t auxScratchChannels = 0;
     uint32_t auxScratchBlockSize = 0;
     std::string settingsKeyPath;
+    std::unique_ptr<SettingsStore> settings; // the wrapper's own key; none for unknown wrappers
     std::shared_ptr<tinyxml2::XMLDocument> pendingState;
     juce::CriticalSection pendingStateLock; // the pointer only; taken briefly from any thread
     bool layoutChanged = true;
