@@ -1,5 +1,7 @@
 #include "host/HostedPresets.h"
 
+#include "host/PluginHost.h"
+
 namespace oxa::host
 {
 namespace
@@ -22,22 +24,21 @@ juce::String withoutNumber(const juce::String& name)
                                                                                                         : name;
 }
 
-std::unique_ptr<juce::XmlElement> decodeState(const juce::MemoryBlock& chunk)
+juce::String decodeState(const juce::MemoryBlock& chunk)
 {
     juce::MemoryInputStream in(chunk, false);
     char magic[4] = {};
     if (in.read(magic, 4) != 4 || juce::String(magic, 4) != stateMagic || in.readInt() != stateFormatVersion)
-        return nullptr;
+        return {};
     const int length = in.readInt();
     if (length <= 0)
-        return nullptr;
+        return {};
     juce::GZIPDecompressorInputStream inflater(&in, false);
-    return juce::parseXML(inflater.readEntireStreamAsString());
+    return inflater.readEntireStreamAsString();
 }
 
-void encodeState(const juce::XmlElement& root, juce::MemoryBlock& chunk)
+void encodeState(const juce::String& text, juce::MemoryBlock& chunk)
 {
-    const auto text = root.toString(juce::XmlElement::TextFormat().withoutHeader());
     const auto* utf8 = text.toRawUTF8();
     const auto length = (int) std::strlen(utf8);
     juce::MemoryOutputStream out(chunk, false);
@@ -226,7 +227,7 @@ juce::String applyPreset(juce::AudioProcessor& plugin, const PresetSource& prese
     juce::MemoryBlock current;
     plugin.getStateInformation(current);
     const HostState hostState(current);
-    auto state = decodeState(hostState.chunk);
+    auto state = juce::parseXML(decodeState(hostState.chunk));
     auto* effect = state != nullptr ? findEffect(*state) : nullptr;
     if (effect == nullptr)
         return "the plug-in's state does not hold the effect";
@@ -236,10 +237,28 @@ juce::String applyPreset(juce::AudioProcessor& plugin, const PresetSource& prese
     else
         applyTape(*effect, *presetNode, preset.pathText);
 
+    const auto sent = state->toString(juce::XmlElement::TextFormat().withoutHeader());
     juce::MemoryBlock changed;
-    encodeState(*state, changed);
+    encodeState(sent, changed);
     const auto newState = hostState.with(changed);
     plugin.setStateInformation(newState.getData(), (int) newState.getSize());
+
+    // A plug-in may apply a state later, on a message thread of its own; until
+    // then it hands the chunk back unchanged. Wait, so that what comes next
+    // (--set, rendering) meets the preset and not the state before it.
+    const auto deadline = juce::Time::getMillisecondCounter() + 10000;
+    for (;;)
+    {
+        juce::MemoryBlock now;
+        plugin.getStateInformation(now);
+        if (decodeState(HostState(now).chunk) != sent)
+            break;
+        if (juce::Time::getMillisecondCounter() > deadline)
+            return "the plug-in did not take the preset's state";
+        PluginHost::pumpMessages(2);
+        juce::Thread::sleep(2);
+    }
+    PluginHost::pumpMessages(20); // parameter notifications of the new state
     return {};
 }
 } // namespace oxa::host
