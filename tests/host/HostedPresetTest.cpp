@@ -109,9 +109,10 @@ TEST(HostedPresets, TapePresetChangesOnlyTheTapeParameters)
 {
     auto plugin = loadBuiltPlugin(kRate, kBlock);
     ASSERT_NE(plugin, nullptr);
-    // Every parameter away from its default, so that a reset to a default shows too.
+    // Every parameter away from its default, so that a reset to a default shows too;
+    // switches and lists at their last step, which the host's cached value then matches.
     for (auto* parameter : effectParameters(*plugin))
-        parameter->setValueNotifyingHost(0.37f);
+        parameter->setValueNotifyingHost(parameter->isDiscrete() || parameter->isBoolean() ? 1.0f : 0.37f);
     PluginHost::pumpMessages(20);
 
     // Host names of the values that a tape preset may set.
