@@ -37,7 +37,7 @@ if(CASE STREQUAL "list-presets")
   endforeach()
 elseif(CASE STREQUAL "presets")
   # A preset, then a tape preset, then --set on top: Mix shows the --set value.
-  run_tool(-o "${out}" --seconds 0.3 --preset "Jet Tape" --tape-preset "06 Cassette Type I" --set "Mix=0.5"
+  run_tool(-o "${out}" --seconds 0.3 --preset "Jet Tape" --tape-preset "06 Cassette Type I" --set "Mix=50%"
            --list-parameters)
   if(NOT code EQUAL 0 OR NOT EXISTS "${out}")
     message(FATAL_ERROR "render with presets failed (${code}):\n${stdout}\n${stderr}")
