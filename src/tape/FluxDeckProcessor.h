@@ -49,6 +49,13 @@ public:
                       const bool* inputWasSilent) override;
     void processSilence(RenderContext&, ElementState*, uint32_t) override {}
 
+protected:
+    using BasicProcessingElement::movedByPendingWrites;
+    bool movedByPendingWrites(uint32_t id, float& value) const override;
+    bool movedByPendingWrites(uint32_t id, int& value) const override;
+
+public:
+
     /** The tape speed stream for the editor; made on first call (message thread). */
     std::shared_ptr<SignalMonitoringFIFO> getMonitor();
 
