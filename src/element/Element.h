@@ -362,6 +362,6 @@ private:
     uint16_t maxBlockSize_ = 0;
     uint16_t updateCounter_ = 0;
     uint16_t serial_;
-    uint8_t flags_ = 0;
+    std::atomic<uint8_t> flags_ {0}; // host threads mark modified while the message thread clears
 };
 } // namespace oxa
