@@ -1,0 +1,161 @@
+// MIDI controllers sent by a VST3 host: they reach the plug-in through the wrapper's
+// controller stand-ins, move a learned parameter at 32-sample control blocks, and
+// drive the engine's transport.
+
+#include "HostedPluginSupport.h"
+
+namespace oxa::host::testing
+{
+namespace
+{
+constexpr double kRate = 48000.0;
+constexpr int kBlock = 512;
+
+/** The engine's XML inside a state chunk of the plug-in ("OXA4", version, length, zlib). */
+std::unique_ptr<juce::XmlElement> engineXmlOf(const juce::MemoryBlock& chunk)
+{
+    if (chunk.getSize() < 12)
+        return nullptr;
+    juce::MemoryInputStream raw(static_cast<const char*>(chunk.getData()) + 12, chunk.getSize() - 12, false);
+    juce::GZIPDecompressorInputStream inflated(raw);
+    return juce::parseXML(inflated.readEntireStreamAsString());
+}
+
+juce::MemoryBlock chunkOf(const juce::XmlElement& xml)
+{
+    const auto text = xml.toString(juce::XmlElement::TextFormat().withoutHeader()).toStdString();
+    juce::MemoryOutputStream out;
+    out.write("OXA4", 4);
+    out.writeInt(1);
+    out.writeInt((int) text.size());
+    {
+        juce::GZIPCompressorOutputStream deflater(out);
+        deflater.write(text.data(), text.size());
+    }
+    return out.getMemoryBlock();
+}
+
+/** The state a performer leaves after binding controller `number` to `parameter` of the
+    effect: set outright ("Edition") over the parameter's range. */
+juce::MemoryBlock stateWithLearnedController(juce::AudioPluginInstance& plugin, int number, const char* parameter)
+{
+    juce::MemoryBlock hostState;
+    plugin.getStateInformation(hostState);
+    auto xml = engineXmlOf(componentChunkOf(hostState));
+    auto* engine = xml != nullptr ? xml->getChildByName("Engine") : nullptr;
+    auto* effect = engine != nullptr ? engine->getChildByName("FluxDeck") : nullptr;
+    if (effect == nullptr)
+        return {};
+    auto* connections = new juce::XmlElement("Connections");
+    auto* connection = connections->createNewChildElement("SignalConnection");
+    connection->setAttribute("Name", "SignalConnection 0");
+    connection->setAttribute("ModulationSource", "@MIDI CC " + juce::String(number));
+    connection->setAttribute("ModulationDestination", parameter);
+    connection->setAttribute("ModulationRatio", 1);
+    connection->setAttribute("Mode", "Edition");
+    effect->prependChildElement(connections);
+    return withComponentChunk(hostState, chunkOf(*xml));
+}
+
+struct HostedRig
+{
+    HostedRig()
+    {
+        plugin = loadBuiltPlugin(kRate, kBlock);
+        if (plugin != nullptr)
+        {
+            renderer = std::make_unique<OfflineRenderer>(*plugin, kBlock);
+            EXPECT_EQ(renderer->prepare(kRate, 2), "");
+        }
+    }
+
+    /** One host block of noise with the given controller messages. */
+    juce::AudioBuffer<float> block(std::initializer_list<std::pair<int, int>> numbersAndValues, int offset = 0,
+                                   int channel = 1)
+    {
+        auto buffer = makeNoise(2, kBlock, ++seed);
+        juce::MidiBuffer midi;
+        for (auto [number, value] : numbersAndValues)
+            midi.addEvent(juce::MidiMessage::controllerEvent(channel, number, value), offset);
+        plugin->processBlock(buffer, midi);
+        return buffer;
+    }
+
+    bool engineIsPlaying()
+    {
+        juce::MemoryBlock hostState;
+        plugin->getStateInformation(hostState);
+        auto xml = engineXmlOf(componentChunkOf(hostState));
+        auto* engine = xml != nullptr ? xml->getChildByName("Engine") : nullptr;
+        return engine != nullptr && engine->getIntAttribute("Playing") != 0;
+    }
+
+    std::unique_ptr<juce::AudioPluginInstance> plugin;
+    std::unique_ptr<OfflineRenderer> renderer;
+    juce::int64 seed = 0;
+};
+
+float peak(const juce::AudioBuffer<float>& buffer, int start, int length)
+{
+    return buffer.getMagnitude(0, start, length);
+}
+} // namespace
+
+TEST(HostedMidiControllers, HostSeesOnlyTheEffectsParametersAsAutomatable)
+{
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    int automatable = 0;
+    for (auto* parameter : plugin->getParameters())
+        automatable += parameter->isAutomatable() ? 1 : 0;
+    EXPECT_EQ(automatable, 46) << "the 45 and the bypass";
+    EXPECT_EQ(effectParameters(*plugin).size(), 45);
+    EXPECT_GT(plugin->getParameters().size(), 46) << "the controller stand-ins are there, hidden from automation";
+}
+
+TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
+{
+    HostedRig rig;
+    ASSERT_NE(rig.plugin, nullptr);
+    const auto learned = stateWithLearnedController(*rig.plugin, 74, "OutputGain");
+    ASSERT_GT(learned.getSize(), 0u);
+    rig.plugin->setStateInformation(learned.getData(), (int) learned.getSize());
+    settle(*rig.plugin, *rig.renderer);
+
+    // Past the latency the wet signal is there; the controller then sets the output
+    // gain outright: 0 is -40 dB, 127 is +40 dB.
+    for (int i = 0; i < 8; ++i)
+        rig.block({ { 74, 0 } });
+    const auto quiet = rig.block({});
+    const auto loud = rig.block({ { 74, 127 } });
+    ASSERT_GT(peak(quiet, 0, kBlock), 0.0f);
+    EXPECT_GT(peak(loud, 0, kBlock), 1000.0f * peak(quiet, 0, kBlock));
+
+    // Mid-block: back to 0 at sample 200, which takes hold at the control block at 224.
+    rig.block({ { 74, 127 } });
+    auto buffer = makeNoise(2, kBlock, 99);
+    juce::MidiBuffer midi;
+    midi.addEvent(juce::MidiMessage::controllerEvent(1, 74, 0), 200);
+    rig.plugin->processBlock(buffer, midi);
+    const float before = peak(buffer, 192, 32);
+    const float after = peak(buffer, 224, 32);
+    EXPECT_GT(before, 500.0f * after) << "the gain falls at sample 224, not before";
+    EXPECT_GT(peak(buffer, 0, 192), 500.0f * peak(buffer, 224, kBlock - 224));
+
+    // Another controller leaves it alone.
+    const auto other = rig.block({ { 75, 127 } });
+    EXPECT_LT(peak(other, 0, kBlock), peak(buffer, 0, 192) * 0.01f);
+}
+
+TEST(HostedMidiControllers, TransportControllersStartAndStopTheEngine)
+{
+    HostedRig rig;
+    ASSERT_NE(rig.plugin, nullptr);
+    rig.block({});
+    EXPECT_FALSE(rig.engineIsPlaying());
+    rig.block({ { 118, 127 } }); // start, stop or leave recording
+    EXPECT_TRUE(rig.engineIsPlaying());
+    rig.block({ { 117, 127 } }); // stop and back to the start
+    EXPECT_FALSE(rig.engineIsPlaying());
+}
+} // namespace oxa::host::testing
