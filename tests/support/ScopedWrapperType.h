@@ -12,8 +12,13 @@ public:
         : previous(juce::PluginHostType::jucePlugInClientCurrentWrapperType)
     {
         juce::PluginHostType::jucePlugInClientCurrentWrapperType = type;
+        juce::AudioProcessor::setTypeOfNextNewPlugin(type);
     }
-    ~ScopedWrapperType() { juce::PluginHostType::jucePlugInClientCurrentWrapperType = previous; }
+    ~ScopedWrapperType()
+    {
+        juce::PluginHostType::jucePlugInClientCurrentWrapperType = previous;
+        juce::AudioProcessor::setTypeOfNextNewPlugin(juce::AudioProcessor::wrapperType_Undefined);
+    }
 
 private:
     juce::AudioProcessor::WrapperType previous;
