@@ -121,30 +121,21 @@ TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
     ASSERT_GT(learned.getSize(), 0u);
     rig.plugin->setStateInformation(learned.getData(), (int) learned.getSize());
     settle(*rig.plugin, *rig.renderer);
-
-    // Past the latency the wet signal is there; the controller then sets the output
-    // gain outright: 0 is -40 dB, 127 is +40 dB.
+    // JUCE's VST3 hosting turns a controller into a change of the stand-in parameter, at
+    // the start of the block and only when its value moves. Past the latency the wet
+    // signal is there; the controller then sets the output gain outright: 127 is +40 dB,
+    // 0 is -40 dB, from the first control block of the block it arrives in.
     for (int i = 0; i < 8; ++i)
-        rig.block({ { 74, 0 } });
-    const auto quiet = rig.block({});
-    const auto loud = rig.block({ { 74, 127 } });
+        rig.block({ { 74, 127 } });
+    const auto loud = rig.block({});
+    const auto quiet = rig.block({ { 74, 0 } });
     ASSERT_GT(peak(quiet, 0, kBlock), 0.0f);
     EXPECT_GT(peak(loud, 0, kBlock), 1000.0f * peak(quiet, 0, kBlock));
-
-    // Mid-block: back to 0 at sample 200, which takes hold at the control block at 224.
-    rig.block({ { 74, 127 } });
-    auto buffer = makeNoise(2, kBlock, 99);
-    juce::MidiBuffer midi;
-    midi.addEvent(juce::MidiMessage::controllerEvent(1, 74, 0), 200);
-    rig.plugin->processBlock(buffer, midi);
-    const float before = peak(buffer, 192, 32);
-    const float after = peak(buffer, 224, 32);
-    EXPECT_GT(before, 500.0f * after) << "the gain falls at sample 224, not before";
-    EXPECT_GT(peak(buffer, 0, 192), 500.0f * peak(buffer, 224, kBlock - 224));
+    EXPECT_GT(peak(loud, 0, 32), 1000.0f * peak(quiet, 0, 32)) << "the first control block moved too";
 
     // Another controller leaves it alone.
     const auto other = rig.block({ { 75, 127 } });
-    EXPECT_LT(peak(other, 0, kBlock), peak(buffer, 0, 192) * 0.01f);
+    EXPECT_LT(peak(other, 0, kBlock), 10.0f * peak(quiet, 0, kBlock));
 }
 
 TEST(HostedMidiControllers, TransportControllersStartAndStopTheEngine)
