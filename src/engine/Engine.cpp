@@ -258,6 +258,10 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                 context.transport.flags = 1;
                 break;
             case EventType::controller:
+                // Transport buttons act when pressed (64 and up): their release, and a VST3
+                // host resending its controller stand-ins at 0, leave the transport alone.
+                if (e.data2 < 64)
+                    break;
                 if (e.data1 == 117)
                 {
                     emit(EventType::transportStop, e);

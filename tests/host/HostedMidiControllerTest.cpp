@@ -125,6 +125,8 @@ TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
     // the start of the block and only when its value moves. Past the latency the wet
     // signal is there; the controller then sets the output gain outright: 127 is +40 dB,
     // 0 is -40 dB, from the first control block of the block it arrives in.
+    // (Whatever the stand-in held before, 64 then 127 are both changes.)
+    rig.block({ { 74, 64 } });
     for (int i = 0; i < 8; ++i)
         rig.block({ { 74, 127 } });
     const auto loud = rig.block({});
