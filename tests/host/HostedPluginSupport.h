@@ -71,7 +71,7 @@ inline void settle(juce::AudioPluginInstance& plugin, OfflineRenderer& renderer)
     juce::AudioBuffer<float> silence(plugin.getMainBusNumInputChannels(), 256);
     silence.clear();
     renderer.render(silence, 0);
-    PluginHost::pumpMessages(30);
+    PluginHost::pumpMessages(200);
 }
 
 /** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */
