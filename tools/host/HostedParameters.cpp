@@ -22,9 +22,20 @@ std::optional<ParameterSetting> parseParameterSetting(const juce::String& assign
     return setting;
 }
 
+juce::Array<juce::AudioProcessorParameter*> automatableParameters(juce::AudioProcessor& processor)
+{
+    juce::Array<juce::AudioProcessorParameter*> result;
+
+    for (auto* parameter : processor.getParameters())
+        if (parameter->isAutomatable())
+            result.add(parameter);
+
+    return result;
+}
+
 juce::AudioProcessorParameter* findParameter(juce::AudioProcessor& processor, const juce::String& name)
 {
-    for (auto* parameter : processor.getParameters())
+    for (auto* parameter : automatableParameters(processor))
         if (parameter->getName(kFullNameLength) == name)
             return parameter;
 
@@ -35,7 +46,7 @@ juce::StringArray parameterNames(juce::AudioProcessor& processor)
 {
     juce::StringArray names;
 
-    for (auto* parameter : processor.getParameters())
+    for (auto* parameter : automatableParameters(processor))
         names.add(parameter->getName(kFullNameLength));
 
     return names;
@@ -63,7 +74,7 @@ juce::String applyParameterSetting(juce::AudioProcessor& processor, const Parame
 juce::String describeParameters(juce::AudioProcessor& processor)
 {
     juce::String lines;
-    const auto& parameters = processor.getParameters();
+    const auto parameters = automatableParameters(processor);
 
     for (int index = 0; index < parameters.size(); ++index)
     {

@@ -106,7 +106,7 @@ int run(const render::RenderOptions& options)
 
     std::cout << "plug-in:    " << plugin.getName() << "  (" << bundle.getFullPathName() << ")\n"
               << "latency:    " << plugin.getLatencySamples() << " samples at " << source.sampleRate << " Hz\n"
-              << "parameters: " << plugin.getParameters().size() << "\n";
+              << "parameters: " << host::automatableParameters(plugin).size() << "\n";
 
     if (options.listParameters)
         std::cout << host::describeParameters(plugin);
