@@ -7,6 +7,8 @@ namespace oxa::host
 namespace
 {
 constexpr int kLatencySettleMs = 20;
+constexpr int kDeliveryBlock = 32;
+constexpr int kDeliveryMs = 20;
 }
 
 OfflineRenderer::OfflineRenderer(juce::AudioProcessor& pluginToRun, int maximumBlockSize)
@@ -54,6 +56,14 @@ juce::String OfflineRenderer::prepare(double rate, int inputChannels)
     // the message thread; let that arrive before anyone reads it.
     PluginHost::pumpMessages(kLatencySettleMs);
     return {};
+}
+
+void OfflineRenderer::deliverPendingChanges()
+{
+    juce::AudioBuffer<float> silence(juce::jmax(1, inputCount), juce::jmin(kDeliveryBlock, blockSize));
+    silence.clear();
+    render(silence, 0);
+    PluginHost::pumpMessages(kDeliveryMs);
 }
 
 juce::AudioBuffer<float> OfflineRenderer::render(const juce::AudioBuffer<float>& input, int extraSamples,
