@@ -16,12 +16,16 @@ foreach(bundle_and_folder "${FLUXDECK_VST3_BUNDLE}|lib/vst3" "${FLUXDECK_LV2_BUN
   install(DIRECTORY "${bundle}" DESTINATION ${folder} COMPONENT plugins USE_SOURCE_PERMISSIONS)
 endforeach()
 
-# Per user: hosts read ~/.vst3 and ~/.lv2. The home folder is read at install time, and
-# the component stays out of a full install and of the package.
-install(DIRECTORY "${FLUXDECK_VST3_BUNDLE}" DESTINATION "\$ENV{HOME}/.vst3"
-        COMPONENT user-plugins EXCLUDE_FROM_ALL USE_SOURCE_PERMISSIONS)
-install(DIRECTORY "${FLUXDECK_LV2_BUNDLE}" DESTINATION "\$ENV{HOME}/.lv2"
-        COMPONENT user-plugins EXCLUDE_FROM_ALL USE_SOURCE_PERMISSIONS)
+# Per user: hosts read ~/.vst3 and ~/.lv2. The home folder is read at install time (a
+# DESTINATION would take it as relative to the prefix), and the component stays out of
+# a full install and of the package.
+foreach(bundle_and_folder "${FLUXDECK_VST3_BUNDLE}|.vst3" "${FLUXDECK_LV2_BUNDLE}|.lv2")
+  string(REPLACE "|" ";" pair "${bundle_and_folder}")
+  list(GET pair 0 bundle)
+  list(GET pair 1 folder)
+  install(CODE "file(INSTALL \"${bundle}\" DESTINATION \"\$ENV{HOME}/${folder}\" USE_SOURCE_PERMISSIONS)"
+          COMPONENT user-plugins EXCLUDE_FROM_ALL)
+endforeach()
 
 install(PROGRAMS "$<TARGET_FILE:FluxDeck_Standalone>" DESTINATION bin RENAME flux-deck COMPONENT programs)
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/flux-deck.desktop DESTINATION share/applications COMPONENT programs)

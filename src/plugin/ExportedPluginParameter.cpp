@@ -28,7 +28,8 @@ int intFromNormalised(float v, int min, int max)
 ExportedPluginParameter::ExportedPluginParameter(Plugin& owner, EngineProxy* proxy, unsigned slotIndex,
                                                  const String& defaultName)
     : SimpleElementView(proxy, String()),
-      juce::AudioProcessorParameter(1),
+      juce::AudioProcessorParameterWithID(juce::ParameterID(hostIdentifier(defaultName, slotIndex), 1),
+                                          juce::String::fromUTF8(defaultName.c_str())),
       plugin(owner),
       displayName(defaultName),
       defaultName(defaultName),
@@ -210,6 +211,16 @@ float ExportedPluginParameter::normalise(Element& e) const
         case ParameterKind::Bool: return e.boolParameter(pid) ? 1.0f : 0.0f;
         default: return 0.0f;
     }
+}
+
+juce::String ExportedPluginParameter::hostIdentifier(const String& defaultName, unsigned slotIndex)
+{
+    const auto identifier = juce::String::fromUTF8(defaultName.c_str())
+                                .retainCharacters("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789");
+    // An IRI's local name must not start with a digit.
+    if (identifier.isEmpty() || juce::CharacterFunctions::isDigit(identifier[0]))
+        return "p" + juce::String(slotIndex) + identifier;
+    return identifier;
 }
 
 float ExportedPluginParameter::getValue() const

@@ -29,28 +29,53 @@ std::unique_ptr<juce::AudioPluginInstance> loadLv2(const juce::File& bundle = bu
     return std::move(loaded.instance);
 }
 
-juce::StringArray namesOf(const juce::Array<juce::AudioProcessorParameter*>& parameters)
+juce::StringArray sortedNamesOf(const juce::Array<juce::AudioProcessorParameter*>& parameters)
 {
     juce::StringArray names;
     for (auto* parameter : parameters)
         names.add(parameter->getName(1024));
+    names.removeString("Bypass"); // LV2 has no bypass role: a plug-in's own bypass is a plain parameter there
+    names.sort(false);
     return names;
 }
 
-/** Each parameter of both instances to the same normalised place, away from its default. */
-void setAlike(juce::AudioPluginInstance& a, juce::AudioPluginInstance& b)
+/** Output for one second of noise, from rest, after the parameter writes have arrived. */
+juce::AudioBuffer<float> renderNoise(juce::AudioPluginInstance& plugin)
 {
-    auto first = effectParameters(a);
-    auto second = effectParameters(b);
-    ASSERT_EQ(first.size(), second.size());
-    const std::map<juce::String, float> values{ { "Mix", 0.7f }, { "Feedback", 0.35f }, { "LFO Rate", 0.6f },
-                                                { "Flange Depth", 0.8f }, { "Wow Depth", 0.5f }, { "Drive", 0.65f } };
-    for (int i = 0; i < first.size(); ++i)
-        if (auto it = values.find(first[i]->getName(1024)); it != values.end())
-        {
-            first[i]->setValueNotifyingHost(it->second);
-            second[i]->setValueNotifyingHost(it->second);
-        }
+    OfflineRenderer renderer(plugin, kBlock);
+    EXPECT_EQ(renderer.prepare(kRate, 2), "");
+    return renderer.render(makeNoise(2, (int) kRate), 0);
+}
+
+float largestDifference(const juce::AudioBuffer<float>& a, const juce::AudioBuffer<float>& b)
+{
+    EXPECT_EQ(a.getNumChannels(), b.getNumChannels());
+    EXPECT_EQ(a.getNumSamples(), b.getNumSamples());
+    float largest = 0.0f;
+    for (int channel = 0; channel < juce::jmin(a.getNumChannels(), b.getNumChannels()); ++channel)
+        for (int i = 0; i < juce::jmin(a.getNumSamples(), b.getNumSamples()); ++i)
+            largest = juce::jmax(largest, std::abs(a.getSample(channel, i) - b.getSample(channel, i)));
+    return largest;
+}
+
+/** Writes some parameters to a running instance by name, one after another as a user
+    turns knobs, each arriving before the next: LV2 hosts list parameters by URI, not in
+    the plug-in's order, and the plug-in's end state may depend on the order of writes. */
+void setWhileRunning(juce::AudioPluginInstance& plugin)
+{
+    const std::pair<const char*, float> writes[] = { { "Mix", 0.7f },          { "Feedback", 0.35f },
+                                                     { "LFO Rate", 0.6f },     { "Flange Depth", 0.8f },
+                                                     { "Wow Depth", 0.5f },    { "Drive", 0.65f } };
+    OfflineRenderer renderer(plugin, kBlock);
+    EXPECT_EQ(renderer.prepare(kRate, 2), "");
+
+    for (const auto& [name, value] : writes)
+    {
+        auto* parameter = findParameter(plugin, name);
+        ASSERT_NE(parameter, nullptr) << name;
+        parameter->setValueNotifyingHost(value);
+        renderer.deliverPendingChanges();
+    }
 }
 } // namespace
 
@@ -65,47 +90,39 @@ TEST(HostedLv2, IsFluxDeckWithTheVst3sNameLatencyAndParameters)
     EXPECT_EQ(lv2->getPluginDescription().pluginFormatName, "LV2");
     EXPECT_EQ(lv2->getPluginDescription().fileOrIdentifier, "https://oxa.net/plugins/flux-deck");
 
-    const auto lv2Names = namesOf(effectParameters(*lv2));
-    EXPECT_GE(lv2Names.size(), 45);
-    EXPECT_EQ(lv2Names.joinIntoString("|"), namesOf(effectParameters(*vst3)).joinIntoString("|"));
+    const auto lv2Names = sortedNamesOf(effectParameters(*lv2));
+    EXPECT_EQ(lv2Names.size(), 45);
+    EXPECT_EQ(lv2Names.joinIntoString("|"), sortedNamesOf(effectParameters(*vst3)).joinIntoString("|"));
 
-    for (const auto rate : { 44100.0, 48000.0 })
+    for (const auto& [rate, latency] : { std::pair{ 44100.0, 2646 }, std::pair{ 48000.0, 2880 } })
     {
         OfflineRenderer renderer(*lv2, kBlock);
         ASSERT_EQ(renderer.prepare(rate, 2), "");
-        PluginHost::pumpMessages(20);
-        EXPECT_EQ(lv2->getLatencySamples(), (int) (rate * 0.06f)) << rate;
+        EXPECT_EQ(lv2->getLatencySamples(), latency) << rate;
     }
 }
 
 TEST(HostedLv2, StateSurvivesTheHostsStateInterface)
 {
+    // The host keeps no copy of the parameters a state brings, so the proof is the sound:
+    // the restored instance renders what the saved one renders, and not what a fresh one does.
     auto saved = loadLv2();
-    ASSERT_NE(saved, nullptr);
-    OfflineRenderer renderer(*saved, kBlock);
-    ASSERT_EQ(renderer.prepare(kRate, 2), "");
+    auto restored = loadLv2();
+    auto fresh = loadLv2();
+    ASSERT_TRUE(saved != nullptr && restored != nullptr && fresh != nullptr);
 
-    auto parameters = effectParameters(*saved);
-    for (int i = 0; i < parameters.size(); ++i)
-        if (!parameters[i]->isDiscrete())
-            parameters[i]->setValueNotifyingHost(0.15f + 0.7f * (float) ((i * 7) % 11) / 10.0f);
-    settle(*saved, renderer);
-
+    setWhileRunning(*saved);
     juce::MemoryBlock chunk;
     saved->getStateInformation(chunk);
     ASSERT_GT(chunk.getSize(), 0u);
 
-    auto restored = loadLv2();
-    ASSERT_NE(restored, nullptr);
-    OfflineRenderer restoredRenderer(*restored, kBlock);
-    ASSERT_EQ(restoredRenderer.prepare(kRate, 2), "");
+    OfflineRenderer(*restored, kBlock).prepare(kRate, 2);
     restored->setStateInformation(chunk.getData(), (int) chunk.getSize());
-    settle(*restored, restoredRenderer);
+    PluginHost::pumpMessages(30);
 
-    auto after = effectParameters(*restored);
-    ASSERT_EQ(after.size(), parameters.size());
-    for (int i = 0; i < parameters.size(); ++i)
-        EXPECT_NEAR(after[i]->getValue(), parameters[i]->getValue(), 1.0e-5f) << parameters[i]->getName(100);
+    const auto fromSaved = renderNoise(*saved);
+    EXPECT_LT(largestDifference(renderNoise(*restored), fromSaved), 1.0e-6f);
+    EXPECT_GT(largestDifference(renderNoise(*fresh), fromSaved), 1.0e-3f) << "the saved settings change the sound";
 }
 
 TEST(HostedLv2, RendersWhatTheVst3RendersForTheSameSettings)
@@ -115,26 +132,11 @@ TEST(HostedLv2, RendersWhatTheVst3RendersForTheSameSettings)
     ASSERT_NE(lv2, nullptr);
     ASSERT_NE(vst3, nullptr);
 
-    OfflineRenderer lv2Renderer(*lv2, kBlock), vst3Renderer(*vst3, kBlock);
-    ASSERT_EQ(lv2Renderer.prepare(kRate, 2), "");
-    ASSERT_EQ(vst3Renderer.prepare(kRate, 2), "");
-    setAlike(*lv2, *vst3);
-    lv2Renderer.deliverPendingChanges();
-    vst3Renderer.deliverPendingChanges();
-    ASSERT_EQ(lv2Renderer.prepare(kRate, 2), "");
-    ASSERT_EQ(vst3Renderer.prepare(kRate, 2), "");
+    setWhileRunning(*lv2);
+    setWhileRunning(*vst3);
 
-    const auto input = makeNoise(2, (int) kRate);
-    const auto fromLv2 = lv2Renderer.render(input, 0);
-    const auto fromVst3 = vst3Renderer.render(input, 0);
-
-    ASSERT_EQ(fromLv2.getNumChannels(), fromVst3.getNumChannels());
-    float largestDifference = 0.0f;
-    for (int channel = 0; channel < fromLv2.getNumChannels(); ++channel)
-        for (int i = 0; i < fromLv2.getNumSamples(); ++i)
-            largestDifference = juce::jmax(largestDifference,
-                                           std::abs(fromLv2.getSample(channel, i) - fromVst3.getSample(channel, i)));
-    EXPECT_LT(largestDifference, 1.0e-6f);
+    const auto fromLv2 = renderNoise(*lv2);
+    EXPECT_LT(largestDifference(fromLv2, renderNoise(*vst3)), 1.0e-6f);
     EXPECT_GT(fromLv2.getMagnitude(0, 0, fromLv2.getNumSamples()), 0.01f) << "the comparison saw sound";
 }
 

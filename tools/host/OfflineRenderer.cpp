@@ -52,6 +52,12 @@ juce::String OfflineRenderer::prepare(double rate, int inputChannels)
     plugin.setRateAndBufferSizeDetails(rate, blockSize);
     plugin.prepareToPlay(rate, blockSize);
 
+    // An LV2 plug-in reports its latency through an output port, which the host reads
+    // after a run: one short block tells it, and a second activation starts from rest.
+    deliverPendingChanges();
+    plugin.releaseResources();
+    plugin.prepareToPlay(rate, blockSize);
+
     // The plug-in learns its latency while being activated and reports it back through
     // the message thread; let that arrive before anyone reads it.
     PluginHost::pumpMessages(kLatencySettleMs);

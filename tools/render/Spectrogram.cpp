@@ -171,8 +171,11 @@ void drawPanel(juce::Graphics& g, juce::Rectangle<int> area, const SpectrogramCo
         g.drawText(label, area.getX() - 46, (int) y - 8, 40, 16, juce::Justification::centredRight);
     }
 
-    // Time axis: whole seconds, or tenths for short clips.
-    const auto step = seconds > 4.0 ? 1.0 : 0.1 * std::ceil(seconds * 2.0);
+    // Time axis: the finest of these steps that gives at most ten marks.
+    auto step = 0.0;
+    for (const auto candidate : { 0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 30.0, 60.0, 120.0, 300.0, 600.0 })
+        if (step == 0.0 && seconds / candidate <= 10.0)
+            step = candidate;
     for (double t = 0.0; step > 0.0 && t <= seconds + 1e-9; t += step)
     {
         const auto x = area.getX() + (float) (t / seconds) * (float) area.getWidth();
