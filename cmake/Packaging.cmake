@@ -48,6 +48,8 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# JUCE opens the X11 libraries at run time for windows, so no linker sees them.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libx11-6, libxext6, libxrandr2, libxinerama1, libxcursor1")
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://oxa.net/plugins/flux-deck")
 # Only what a full install holds: never the per-user component.
 set(CPACK_COMPONENTS_ALL plugins programs)

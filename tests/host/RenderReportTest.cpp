@@ -3,7 +3,6 @@
 #include "host/AudioFiles.h"
 #include "host/HostedParameters.h"
 #include "render/AudioAnalysis.h"
-#include "render/RenderOptions.h"
 #include "render/Spectrogram.h"
 
 #include <gtest/gtest.h>
@@ -112,14 +111,4 @@ TEST(Spectrogram, DrawsBothPanelsAndRefusesUnwritablePlaces)
     EXPECT_NE(render::writePng(image, juce::File("/nonexistent/folder/out.png")), "");
 }
 
-TEST(RenderOptions, SpectrogramNeedsAPngAndAnalyzeIsAFlag)
-{
-    render::RenderOptions options;
-    ASSERT_EQ(render::parseRenderOptions({ "-o", "o.wav", "--analyze", "--spectrogram", "s.PNG" }, options), "");
-    EXPECT_TRUE(options.analyze);
-    EXPECT_EQ(options.spectrogramPath, "s.PNG");
-
-    render::RenderOptions other;
-    EXPECT_TRUE(render::parseRenderOptions({ "-o", "o.wav", "--spectrogram", "s.jpg" }, other).contains(".png"));
-}
 } // namespace oxa

@@ -24,7 +24,6 @@ juce::AudioPluginFormat* formatNamed(juce::AudioPluginFormatManager& formats, co
 PluginHost::PluginHost()
 {
     formats.addFormat(new juce::VST3PluginFormat());
-    formats.addFormat(new juce::LV2PluginFormat());
 }
 
 PluginHost::~PluginHost() = default;
@@ -89,7 +88,13 @@ juce::String PluginHost::findLv2(const juce::File& bundle, juce::OwnedArray<juce
                + " already and cannot tell a second copy from it";
 
     // The LV2 format finds plug-ins by URI in the folders it has read.
+    // The LV2 format reads every standard LV2 folder when it is made: only when needed.
     auto* lv2 = formatNamed(formats, "LV2");
+    if (lv2 == nullptr)
+    {
+        formats.addFormat(new juce::LV2PluginFormat());
+        lv2 = formatNamed(formats, "LV2");
+    }
     lv2->searchPathsForPlugins(juce::FileSearchPath(bundle.getParentDirectory().getFullPathName()), false, true);
     lv2->findAllTypesForFile(found, uri);
 

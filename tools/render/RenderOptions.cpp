@@ -89,11 +89,7 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
                 return "--bits takes 24 or 32, not \"" + value + "\"";
         }
         else if (option == "--spectrogram")
-        {
-            if (!value.endsWithIgnoreCase(".png"))
-                return "--spectrogram takes a .png file, not \"" + value + "\"";
             options.spectrogramPath = value;
-        }
         else if (option == "--set")
         {
             auto setting = host::parseParameterSetting(value);

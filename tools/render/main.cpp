@@ -116,8 +116,12 @@ int run(const render::RenderOptions& options)
             return fail(error);
 
     if (options.spectrogramPath.isNotEmpty())
+    {
+        if (!pictureFile.hasFileExtension(".png"))
+            return fail("--spectrogram writes PNG: give it a .png file, not \"" + options.spectrogramPath + "\"");
         if (auto error = checkWritable(pictureFile); error.isNotEmpty())
             return fail(error);
+    }
 
     host::AudioClip source;
     if (auto error = chooseSource(options, source); error.isNotEmpty())
