@@ -53,6 +53,7 @@ add_test(NAME installed_package
     -DBUILD_DIR=${CMAKE_BINARY_DIR}
     -DWORK_DIR=${CMAKE_CURRENT_BINARY_DIR}/installed-package
     -DCPACK=${CMAKE_CPACK_COMMAND}
+    -DSOX=${FLUXDECK_SOX}
     -P ${PROJECT_SOURCE_DIR}/tests/host/InstalledPackage.cmake)
 set_tests_properties(installed_package PROPERTIES LABELS "host;package" TIMEOUT 900)
 

@@ -9,6 +9,7 @@ namespace
 constexpr int kLatencySettleMs = 20;
 constexpr int kDeliveryBlock = 32;
 constexpr int kDeliveryMs = 20;
+constexpr int kMostDeliverySlices = 25;
 }
 
 OfflineRenderer::OfflineRenderer(juce::AudioProcessor& pluginToRun, int maximumBlockSize)
@@ -69,7 +70,25 @@ void OfflineRenderer::deliverPendingChanges()
     juce::AudioBuffer<float> silence(juce::jmax(1, inputCount), juce::jmin(kDeliveryBlock, blockSize));
     silence.clear();
     render(silence, 0);
-    PluginHost::pumpMessages(kDeliveryMs);
+
+    // The plug-in's answers (a write's side effects on other parameters) come back through
+    // the message thread; on a busy machine one slice may not be enough, so wait until the
+    // values stand still.
+    const auto snapshot = [this] {
+        juce::Array<float> values;
+        for (auto* parameter : plugin.getParameters())
+            values.add(parameter->getValue());
+        return values;
+    };
+    auto before = snapshot();
+    for (int slice = 0; slice < kMostDeliverySlices; ++slice)
+    {
+        PluginHost::pumpMessages(kDeliveryMs);
+        auto after = snapshot();
+        if (after == before)
+            break;
+        before = std::move(after);
+    }
 }
 
 juce::AudioBuffer<float> OfflineRenderer::render(const juce::AudioBuffer<float>& input, int extraSamples,
