@@ -50,13 +50,13 @@ TEST(LevelMeasurement, SineLevelsMatchTheirTheory)
     juce::AudioBuffer<float> silence(2, 48000);
     silence.clear();
     const auto quiet = render::measureLevels(silence, 48000.0);
-    EXPECT_EQ(quiet.peakDb, -400.0);
-    EXPECT_EQ(quiet.loudnessLufs, -400.0);
+    EXPECT_EQ(quiet.peakDb, render::kNoLevel);
+    EXPECT_EQ(quiet.loudnessLufs, render::kNoLevel);
 
     // Below the absolute gate of -70 LUFS nothing counts as loudness, though it has a level.
     const auto whisper = render::measureLevels(sine(2, 48000.0, 997.0, 1.0e-4f, 2.0), 48000.0);
     EXPECT_NEAR(whisper.peakDb, -80.0, 0.01);
-    EXPECT_EQ(whisper.loudnessLufs, -400.0);
+    EXPECT_EQ(whisper.loudnessLufs, render::kNoLevel);
 
     const auto report = render::describeLevels(render::measureLevels(sine(2, 48000.0, 997.0, 0.25f, 1.0), 48000.0),
                                                render::measureLevels(sine(2, 48000.0, 997.0, 0.5f, 1.0), 48000.0));

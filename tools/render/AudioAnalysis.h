@@ -5,15 +5,17 @@
 
 namespace oxa::render
 {
+/** "No level": silence, or too short to measure. */
+constexpr double kNoLevel = -200.0;
+
 struct LevelMeasurement
 {
-    double peakDb = -400.0;     // highest absolute sample, dBFS
-    double rmsDb = -400.0;      // over all channels and samples, dBFS
-    double loudnessLufs = -400.0; // integrated, K-weighted and gated (ITU-R BS.1770)
+    double peakDb = kNoLevel;       // highest absolute sample, dBFS
+    double rmsDb = kNoLevel;        // over all channels and samples, dBFS
+    double loudnessLufs = kNoLevel; // integrated, K-weighted and gated (host::measureLoudness)
 };
 
-/** Measures the whole buffer at the given rate. Silence gives -400 everywhere, the
-    value the rest of the project uses for "no level". */
+/** Measures the whole buffer at the given rate. */
 LevelMeasurement measureLevels(const juce::AudioBuffer<float>& audio, double sampleRate);
 
 /** Three lines for the output, each with its difference to the input:

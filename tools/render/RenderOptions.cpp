@@ -48,10 +48,15 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
             options.analyze = true;
             continue;
         }
+        if (option == "--list-presets")
+        {
+            options.listPresets = true;
+            continue;
+        }
 
         static const juce::StringArray takesValue{ "-i", "--input", "-o", "--output", "--bundle", "--sample-rate",
                                                     "--block-size", "--seconds", "--bits", "--set",
-                                                    "--spectrogram" };
+                                                    "--spectrogram", "--preset", "--tape-preset" };
 
         if (!takesValue.contains(option))
             return "unknown option \"" + option + "\"";
@@ -67,6 +72,10 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
             options.outputPath = value;
         else if (option == "--bundle")
             options.bundlePath = value;
+        else if (option == "--preset")
+            options.presetName = value;
+        else if (option == "--tape-preset")
+            options.tapePresetName = value;
         else if (option == "--sample-rate")
         {
             if (!parseNumber(value, 8000.0, 768000.0, options.sampleRate))
@@ -101,7 +110,7 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
         }
     }
 
-    if (!options.showHelp && !options.listParameters && options.outputPath.isEmpty())
+    if (!options.showHelp && !options.listParameters && !options.listPresets && options.outputPath.isEmpty())
         return "an output file is needed (-o out.wav)";
 
     return {};
@@ -112,6 +121,7 @@ juce::String renderUsage()
     return "usage: flux-deck-render [-i in.wav] -o out.wav [--sample-rate N] [--block-size N]\n"
            "                        [--set \"Name=text\"]... [--list-parameters] [--bundle PATH]\n"
            "                        [--seconds S] [--bits 24|32] [--analyze] [--spectrogram out.png]\n"
+           "                        [--preset NAME|FILE] [--tape-preset NAME|FILE] [--list-presets]\n"
            "\n"
            "Renders in.wav (mono or stereo) through the plug-in, or without -i a built-in\n"
            "stereo demo of 6 s. The output is the plug-in's raw output, latency included,\n"
@@ -124,6 +134,10 @@ juce::String renderUsage()
            "                      an LV2 shows continuous values as 0 to 1, e.g. \"Mix=0.5\"\n"
            "  --seconds S         length of the demo, or cut/extend the input to S seconds\n"
            "  --analyze           print the output's peak, RMS and loudness against the input's\n"
-           "  --spectrogram F     draw input and output spectrograms side by side into F (.png)\n";
+           "  --spectrogram F     draw input and output spectrograms side by side into F (.png)\n"
+           "  --preset P          apply a factory preset (\"Jet Tape\") or a .fxps file first,\n"
+           "                      as the editor's preset bar does; --set comes after it\n"
+           "  --tape-preset P     the same for a tape preset (\"06 Cassette Type I\")\n"
+           "  --list-presets      print the factory presets of both banks\n";
 }
 } // namespace oxa::render

@@ -21,6 +21,9 @@ struct RenderOptions
     juce::String spectrogramPath; // empty: no picture
     bool analyze = false;
     bool listParameters = false;
+    bool listPresets = false;
+    juce::String presetName;     // a factory preset's name or a file, applied before --set
+    juce::String tapePresetName; // the same for the tape bank, applied after the full preset
     bool showHelp = false;
     std::vector<host::ParameterSetting> settings;
 };

@@ -3,10 +3,12 @@
 #include "host/AudioFiles.h"
 #include "host/DemoSignal.h"
 #include "host/HostedParameters.h"
+#include "host/Loudness.h"
 #include "host/OfflineRenderer.h"
 #include "host/PluginHost.h"
 #include "render/AudioAnalysis.h"
 #include "render/ParameterSettings.h"
+#include "render/PresetOptions.h"
 #include "render/ProgressBar.h"
 #include "render/RenderOptions.h"
 #include "render/Spectrogram.h"
@@ -108,6 +110,13 @@ juce::AudioBuffer<float> widenedTo(const juce::AudioBuffer<float>& input, int ch
 
 int run(const render::RenderOptions& options)
 {
+    if (options.listPresets)
+    {
+        std::cout << render::describeFactoryPresets();
+        if (options.outputPath.isEmpty() && !options.listParameters)
+            return 0;
+    }
+
     const auto outputFile = resolve(options.outputPath);
     const auto pictureFile = resolve(options.spectrogramPath);
 
@@ -134,6 +143,10 @@ int run(const render::RenderOptions& options)
         return fail(loaded.error);
 
     auto& plugin = *loaded.instance;
+
+    // A preset first, as the editor's preset bar would; the settings then turn knobs on top.
+    if (auto error = render::applyPresetOptions(plugin, options); error.isNotEmpty())
+        return fail(error);
 
     host::OfflineRenderer renderer(plugin, options.blockSize);
     if (auto error = renderer.prepare(source.sampleRate, source.samples.getNumChannels()); error.isNotEmpty())
@@ -184,7 +197,9 @@ int run(const render::RenderOptions& options)
     if (stats.processSeconds > 0.0)
         std::cout << "  (" << juce::String(stats.audioSeconds / stats.processSeconds, 1) << "x real time)";
 
-    std::cout << std::endl;
+    const auto loudness = host::measureLoudness(result.samples, source.sampleRate);
+    std::cout << "\nloudness:   " << juce::String(loudness.integratedLufs, 1) << " LUFS, peak "
+              << juce::String(loudness.peakDbfs, 1) << " dBFS" << std::endl;
 
     if (options.analyze)
     {
