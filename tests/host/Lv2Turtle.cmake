@@ -21,6 +21,8 @@ endif()
 
 foreach(expected
     "Name: +Flux Deck\n"
+    "Author: +OXA\n"
+    "Author Homepage: +https://oxa.net\n"
     "Has latency: +yes"
     "Required Features:[^P]*options#options"
     "Extension Data:[^P]*state#interface"
