@@ -1,4 +1,6 @@
 #include "plugin/FluxDeckPlugin.h"
+
+#include "editor/FluxDeckPluginUI.h"
 #include "resources/VolumeTable.h"
 #include "engine/SignalConnection.h"
 #include "tape/FluxDeckProcessor.h"
@@ -163,7 +165,7 @@ void FluxDeckPlugin::markLoaded()
 
 juce::AudioProcessorEditor* FluxDeckPlugin::createEditor()
 {
-    return new juce::GenericAudioProcessorEditor(*this);
+    return new FluxDeckPluginUI(*this);
 }
 } // namespace oxa
 

@@ -1,0 +1,44 @@
+#pragma once
+// The controls that drive the flange: the LFO's two pages and the manual panel. Only
+// knobs, their values and one button each; rings and legends are in the background.
+
+#include "editor/BoundPanel.h"
+
+namespace oxa
+{
+class LFOMainMenu : public BoundPanel
+{
+public:
+    explicit LFOMainMenu(EngineProxy* proxy);
+};
+
+class LFOEditMenu : public BoundPanel
+{
+public:
+    explicit LFOEditMenu(EngineProxy* proxy);
+};
+
+/** Holds both LFO pages and shows one: the shape page while LFO settings are open. */
+class LFOModeUI : public juce::Component
+{
+public:
+    explicit LFOModeUI(EngineProxy* proxy);
+    ~LFOModeUI() override;
+
+    void setShowEdit(bool show);
+    bool isShowingEdit() const { return showEdit; }
+    LFOMainMenu& getMainMenu() { return mainMenu; }
+    LFOEditMenu& getEditMenu() { return editMenu; }
+
+private:
+    LFOMainMenu mainMenu;
+    LFOEditMenu editMenu;
+    bool showEdit = false;
+};
+
+class ManualModeUI : public BoundPanel
+{
+public:
+    explicit ManualModeUI(EngineProxy* proxy);
+};
+} // namespace oxa
