@@ -10,7 +10,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
   fonts-lato
-  xvfb xauth
+  xvfb xauth imagemagick
 )
 
 missing=()

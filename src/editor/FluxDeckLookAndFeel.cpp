@@ -1,6 +1,7 @@
 #include "editor/FluxDeckLookAndFeel.h"
 
 #include "resources/Path.h"
+#include "resources/Volume.h"
 
 namespace oxa
 {

@@ -88,7 +88,7 @@ const Control mainTable[] = {
 const Control tapeSectionTable[] = {
     {K::knob, "MagneticHardness", {0, 18, 26, 26}, greyKnob, 129, "Amount of magnetic response and distortion",
      "HARDNESS", L::below},
-    {K::knob, "Hysteresis", {65, 18, 26, 26}, greyKnob, 129, "Magnetic highpass cutoff", "RESISTANCE", L::below},
+    {K::knob, "Hysteresis", {65, 18, 26, 26}, greyKnob, 129, "Magnetic highpass cutoff", "LOW CUT", L::below},
     {K::knob, "DegradeDepth", {126, 18, 26, 26}, greyKnob, 129, "Amount of random demagnetization", "DEPTH",
      L::below},
     {K::knob, "DegradeRate", {173, 18, 26, 26}, greyKnob, 129, "Rate of random demagnetization", "RATE", L::below},
@@ -185,7 +185,7 @@ const Control manualTable[] = {
 constexpr int mainX = 0, mainY = topBarHeight;
 
 const Decoration decorations[] = {
-    {Shape::title, {22, 0, 220, topBarHeight}, "FLUX DECK"},
+    {Shape::title, {22, 0, 320, topBarHeight}, "FLUX DECK"},
     {Shape::caption, {1000, 0, 110, topBarHeight}, "OXA"},
     // Upper window: the two gain columns and the deck between them.
     {Shape::plate, {30, 58, 136, 322}},
@@ -257,8 +257,8 @@ OXA_PANEL(playbackSection, "playbackSection", (Box {503, 529, 247, 26}), playbac
 OXA_PANEL(transportSection, "transportSection", (Box {807, 498, 314, 57}), transportSectionTable)
 OXA_PANEL(companderSection, "companderSection", (Box {314, 441, 150, 117}), companderSectionTable)
 OXA_PANEL(tapePresetBar, "tapePresetBar", (Box {807, 341, 254, 26}), tapePresetBarTable)
-OXA_PANEL(lfoMainPage, "lfoMain", lfoPageBounds, lfoMainTable, layout::lfoMainPage)
-OXA_PANEL(lfoEditPage, "lfoEdit", lfoPageBounds, lfoEditTable, layout::lfoEditPage)
+OXA_PANEL(lfoMainPanel, "lfoMain", lfoPageBounds, lfoMainTable, layout::lfoMainPage)
+OXA_PANEL(lfoEditPanel, "lfoEdit", lfoPageBounds, lfoEditTable, layout::lfoEditPage)
 OXA_PANEL(manualPanel, "manual", (Box {403, 262, 329, 97}), manualTable, manualPage)
 #undef OXA_PANEL
 
@@ -281,8 +281,8 @@ const Placement placements[] = {
     {&transportSection, mainX, mainY},
     {&companderSection, mainX, mainY},
     {&tapePresetBar, mainX, mainY},
-    {&lfoMainPage, lfoPanelBounds.x, lfoPanelBounds.y},
-    {&lfoEditPage, lfoPanelBounds.x, lfoPanelBounds.y},
+    {&lfoMainPanel, lfoPanelBounds.x, lfoPanelBounds.y},
+    {&lfoEditPanel, lfoPanelBounds.x, lfoPanelBounds.y},
     {&manualPanel, 0, 0},
 };
 } // namespace

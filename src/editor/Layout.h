@@ -137,8 +137,8 @@ const Panel& playbackSection();
 const Panel& transportSection();
 const Panel& companderSection();
 const Panel& tapePresetBar();    // the tape preset bar inside the main panel
-const Panel& lfoMainPage();      // both LFO pages inside the LFO panel
-const Panel& lfoEditPage();
+const Panel& lfoMainPanel();     // both LFO pages inside the LFO panel
+const Panel& lfoEditPanel();
 const Panel& manualPanel();
 
 /** The LFO panel's own bounds in the window; its pages lie at (0, 0, 350, 97) in it. */

@@ -18,14 +18,14 @@ void place(juce::Component& c, const layout::Box& b)
 }
 } // namespace
 
-LFOMainMenu::LFOMainMenu(EngineProxy* proxy) : BoundPanel(proxy, layout::lfoMainPage(), modePanelStyle())
+LFOMainMenu::LFOMainMenu(EngineProxy* proxy) : BoundPanel(proxy, layout::lfoMainPanel(), modePanelStyle())
 {
-    place(*this, layout::lfoMainPage().bounds);
+    place(*this, layout::lfoMainPanel().bounds);
 }
 
-LFOEditMenu::LFOEditMenu(EngineProxy* proxy) : BoundPanel(proxy, layout::lfoEditPage(), modePanelStyle())
+LFOEditMenu::LFOEditMenu(EngineProxy* proxy) : BoundPanel(proxy, layout::lfoEditPanel(), modePanelStyle())
 {
-    place(*this, layout::lfoEditPage().bounds);
+    place(*this, layout::lfoEditPanel().bounds);
 }
 
 LFOModeUI::LFOModeUI(EngineProxy* proxy) : mainMenu(proxy), editMenu(proxy)

@@ -16,6 +16,10 @@ SettingsStore open()
 }
 } // namespace
 
+bool isPersistent()
+{
+    return true;
+}
 bool readBool(const char* name, bool defaultValue)
 {
     return open().readBool(name, defaultValue);
@@ -34,6 +38,10 @@ void writeFloat(const char* name, float value)
 }
 #else
 // Until the settings store is part of the build the window keeps its defaults.
+bool isPersistent()
+{
+    return false;
+}
 bool readBool(const char*, bool defaultValue)
 {
     return defaultValue;

@@ -22,7 +22,9 @@ float ringRadius(const Box& knob)
 
 float legendHeight(const Control& c)
 {
-    return c.kind == Kind::knob && c.bounds.w >= 40 ? 13.0f : 11.0f;
+    if (c.kind == Kind::knob)
+        return c.bounds.w >= 40 ? 13.0f : c.bounds.w >= 28 ? 11.0f : 10.0f;
+    return 11.0f;
 }
 
 void drawKnobRing(juce::Graphics& g, const Box& knob)
@@ -90,26 +92,27 @@ void drawReelPlatter(juce::Graphics& g, const Box& box, bool leftReel)
 /** From the left reel's pack round its guide roller, past the heads, to the right reel. */
 void drawTapePath(juce::Graphics& g, const Box& left, const Box& right)
 {
+    constexpr float pi = juce::MathConstants<float>::pi;
     const ReelGeometry l = reelGeometry(true), r = reelGeometry(false);
     const juce::Point<float> leftRoller(left.x + l.rollerX, left.y + l.rollerY);
     const juce::Point<float> rightRoller(right.x + r.rollerX, right.y + r.rollerY);
-    const float bottom = leftRoller.y + l.rollerRadius;
-    const float headLine = bottom + 36.0f;
+    const float headLine = leftRoller.y + l.rollerRadius + 30.0f;
     const float leftPost = float(left.right()) + 28.0f, rightPost = float(right.x) - 28.0f;
 
+    // The tape leaves each pack at its bottom, runs down the roller's outer side, round
+    // its bottom, and on to the guide post at the head line.
     juce::Path tape;
-    tape.startNewSubPath(left.x + l.hubX - l.packRadius, left.y + l.hubY);
+    tape.startNewSubPath(left.x + l.hubX, left.y + l.hubY + l.packRadius);
     tape.lineTo(leftRoller.x - l.rollerRadius, leftRoller.y);
-    tape.addCentredArc(leftRoller.x, leftRoller.y, l.rollerRadius, l.rollerRadius, 0.0f,
-                       -juce::MathConstants<float>::halfPi, -juce::MathConstants<float>::pi);
+    tape.addCentredArc(leftRoller.x, leftRoller.y, l.rollerRadius, l.rollerRadius, 0.0f, 1.5f * pi, 0.8f * pi);
     tape.lineTo(leftPost, headLine - 4.0f);
     tape.lineTo(leftPost + 6.0f, headLine);
     tape.lineTo(rightPost - 6.0f, headLine);
     tape.lineTo(rightPost, headLine - 4.0f);
-    tape.lineTo(rightRoller.x, bottom);
-    tape.addCentredArc(rightRoller.x, rightRoller.y, r.rollerRadius, r.rollerRadius, 0.0f,
-                       juce::MathConstants<float>::pi, juce::MathConstants<float>::halfPi * 3.0f);
-    tape.lineTo(right.x + r.hubX + r.packRadius, right.y + r.hubY);
+    const juce::Point<float> rightEntry = rightRoller.getPointOnCircumference(r.rollerRadius, 1.2f * pi);
+    tape.lineTo(rightEntry);
+    tape.addCentredArc(rightRoller.x, rightRoller.y, r.rollerRadius, r.rollerRadius, 0.0f, 1.2f * pi, 0.5f * pi);
+    tape.lineTo(right.x + r.hubX, right.y + r.hubY + r.packRadius);
     g.setColour(ink::tape);
     g.strokePath(tape, juce::PathStrokeType(2.2f, juce::PathStrokeType::curved, juce::PathStrokeType::rounded));
 
@@ -125,11 +128,11 @@ void drawTapePath(juce::Graphics& g, const Box& left, const Box& right)
     const char* names[] = {"REC", "PLAY"};
     for (int i = 0; i < 2; ++i)
     {
-        const juce::Rectangle<float> head(middle + (i == 0 ? -70.0f : 40.0f), headLine + 1.0f, 30.0f, 10.0f);
+        const juce::Rectangle<float> head(middle + (i == 0 ? -70.0f : 40.0f), headLine + 1.0f, 30.0f, 8.0f);
         g.setGradientFill(juce::ColourGradient(juce::Colour(0xFF7A7A7A), head.getX(), head.getY(),
                                                juce::Colour(0xFF4C4C4C), head.getX(), head.getBottom(), false));
         g.fillRoundedRectangle(head, 2.5f);
-        drawLegend(g, names[i], head.translated(0.0f, -1.0f).withX(head.getRight() + 4.0f).withWidth(40.0f), 10.0f,
+        drawLegend(g, names[i], head.withX(head.getRight() + 4.0f).withWidth(40.0f).withHeight(10.0f), 9.0f,
                    ink::caption, juce::Justification::centredLeft);
     }
 }
@@ -138,9 +141,14 @@ void drawLegendOf(juce::Graphics& g, const Control& c, const Box& b)
 {
     if (c.legend == nullptr || c.legendAt == LegendAt::none)
         return;
-    const float height = legendHeight(c);
+    float height = legendHeight(c);
     const float gap = c.kind == Kind::knob ? ringRadius(b) - b.w * 0.5f + 1.0f : 3.0f;
-    const float width = 110.0f;
+    // Small knobs sit close together: their legends may not reach the neighbour's.
+    const float room = c.kind == Kind::knob && b.w < 40 ? 50.0f : 200.0f;
+    const float natural = font(height, 0.09f).getStringWidthFloat(c.legend);
+    if (natural > room)
+        height *= room / natural;
+    const float width = font(height, 0.09f).getStringWidthFloat(c.legend) + 4.0f;
     juce::Rectangle<float> area;
     juce::Justification justification = juce::Justification::centred;
     switch (c.legendAt)
@@ -157,6 +165,8 @@ void drawLegendOf(juce::Graphics& g, const Control& c, const Box& b)
             break;
         case LegendAt::none: return;
     }
+    // A legend at the window's edge moves inwards rather than being cut.
+    area.setX(juce::jlimit(4.0f, float(windowWidth) - 4.0f - area.getWidth(), area.getX()));
     drawLegend(g, c.legend, area, height, ink::legend, justification);
 }
 

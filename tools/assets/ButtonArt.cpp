@@ -199,8 +199,11 @@ void paintSwitch(juce::Graphics& g, const layout::ImageSpec& spec, State s, cons
     g.setColour(juce::Colours::black.withAlpha(0.35f));
     g.drawEllipse(lamp.reduced(1.0f), 0.8f);
     const juce::Colour textColour = s.on ? (s.over ? ink::accentLight : ink::accent) : (s.over ? ink::iconOver : ink::legend);
-    drawLegend(g, text, {17.0f, 0.0f, float(spec.width) - 17.0f, h}, 13.0f, textColour,
-               juce::Justification::centredLeft);
+    // The name fills the switch's width at most: the widest of them sets the size.
+    const float room = float(spec.width) - 18.0f;
+    const float natural = font(13.0f, 0.09f).getStringWidthFloat(text);
+    const float height = natural > room ? 13.0f * room / natural : 13.0f;
+    drawLegend(g, text, {17.0f, 0.0f, room + 1.0f, h}, height, textColour, juce::Justification::centredLeft);
 }
 
 void paintExpand(juce::Graphics& g, State s)

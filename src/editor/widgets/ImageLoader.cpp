@@ -1,6 +1,7 @@
 #include "editor/widgets/ImageLoader.h"
 
 #include "resources/Path.h"
+#include "resources/Volume.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -18,42 +19,16 @@ int& scaleOverride()
     return value;
 }
 
-/** Remembers the display scale until the displays change. */
-class DisplayScale : private juce::DeletedAtShutdown, private juce::DisplayListener
+/** Asked at each load, so a changed display configuration is seen at once: the
+    displays' list is JUCE's own cached copy, and loads happen at construction only. */
+int scaleOfDisplays()
 {
-public:
-    DisplayScale() { juce::Desktop::getInstance().addDisplayListener(this); }
-    ~DisplayScale() override
-    {
-        juce::Desktop::getInstance().removeDisplayListener(this);
-        clearSingletonInstance();
-    }
-
-    int get()
-    {
-        if (known == 0)
-            known = compute();
-        return known;
-    }
-
-    JUCE_DECLARE_SINGLETON_SINGLETHREADED_MINIMAL(DisplayScale)
-
-private:
-    void displayConfigurationChanged() override { known = 0; }
-
-    static int compute()
-    {
-        const juce::Desktop& desktop = juce::Desktop::getInstance();
-        double largest = 1.0;
-        for (const juce::Displays::Display& d : desktop.getDisplays().displays)
-            largest = std::max(largest, d.scale * double(desktop.getGlobalScaleFactor()));
-        return int(std::ceil(largest - 1e-9));
-    }
-
-    int known = 0;
-};
-
-JUCE_IMPLEMENT_SINGLETON(DisplayScale)
+    const juce::Desktop& desktop = juce::Desktop::getInstance();
+    double largest = 1.0;
+    for (const juce::Displays::Display& d : desktop.getDisplays().displays)
+        largest = std::max(largest, d.scale * double(desktop.getGlobalScaleFactor()));
+    return int(std::ceil(largest - 1e-9));
+}
 
 juce::Image readImage(const juce::String& path)
 {
@@ -78,7 +53,7 @@ int displayImageScale()
 {
     if (scaleOverride() > 0)
         return scaleOverride();
-    return DisplayScale::getInstance()->get();
+    return scaleOfDisplays();
 }
 
 void overrideDisplayImageScale(int scale)

@@ -37,7 +37,8 @@ Slider::Slider(juce::Slider::SliderStyle style, bool showValuePopup)
     : juce::Slider(style, juce::Slider::NoTextBox), showValuePopup(showValuePopup)
 {
     setTextBoxStyle(juce::Slider::NoTextBox, true, 0, 0);
-    setVelocityModeParameters(0.1, 1, 0.0, true, juce::ModifierKeys::ctrlModifier | juce::ModifierKeys::altModifier);
+    setVelocityModeParameters(0.1, 1, 0.0, true,
+                              juce::ModifierKeys::Flags(juce::ModifierKeys::ctrlModifier | juce::ModifierKeys::altModifier));
 }
 
 Slider::~Slider()
@@ -72,7 +73,8 @@ int Slider::currentFrame() const
 {
     if (frameCount <= 0)
         return 0;
-    const double p = valueToProportionOfLength(getValue());
+    // juce::Slider declares the mapping non-const, though it changes nothing.
+    const double p = const_cast<Slider*>(this)->valueToProportionOfLength(getValue());
     const int frame = int(p * double(frameCount - 1)); // truncation picks the frame
     return juce::jlimit(0, frameCount - 1, frame);
 }
