@@ -72,7 +72,6 @@ TEST_F(EditorTest, EveryBoundWidgetSitsAtItsBoundsAndFollowsItsParameter)
     });
     // The top bar's own widgets come with the preset bars; all others are built.
     EXPECT_EQ(wanted, built);
-    EXPECT_GE(built.size(), 70u);
 }
 
 TEST_F(EditorTest, BackgroundAndPanelsFollowModeSettingsButtonAndHeight)
@@ -118,7 +117,9 @@ TEST_F(EditorTest, VersionTextClearsTheExpandButtonOnlyWhenCollapsed)
     const int collapsed = ui->getFooter().versionTextWidth();
     ui->setExpanded(true);
     EXPECT_EQ(ui->getFooter().versionTextWidth() - collapsed, 50);
-    EXPECT_FALSE(ui->getFooter().getInterceptsMouseClicks());
+    bool clicksOnFooter = true, clicksOnChildren = true;
+    ui->getFooter().getInterceptsMouseClicks(clicksOnFooter, clicksOnChildren);
+    EXPECT_FALSE(clicksOnFooter);
 }
 
 TEST_F(EditorTest, HostLearnsWhichParameterLiesUnderTheMouse)

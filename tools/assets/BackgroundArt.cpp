@@ -48,7 +48,8 @@ void drawKnobRing(juce::Graphics& g, const Box& knob)
 
 void drawComboBox(juce::Graphics& g, const Box& box)
 {
-    const juce::Rectangle<float> area = toRect(box);
+    // A narrow box keeps all its width for the text: its arrow goes just outside.
+    const juce::Rectangle<float> area = box.w >= 100 ? toRect(box) : toRect(box).withTrimmedRight(-14.0f);
     drawInsetBox(g, area, 3.0f);
     const float arrowX = area.getRight() - 9.0f, arrowY = area.getCentreY();
     juce::Path arrow;
@@ -144,7 +145,7 @@ void drawLegendOf(juce::Graphics& g, const Control& c, const Box& b)
     float height = legendHeight(c);
     const float gap = c.kind == Kind::knob ? ringRadius(b) - b.w * 0.5f + 1.0f : 3.0f;
     // Small knobs sit close together: their legends may not reach the neighbour's.
-    const float room = c.kind == Kind::knob && b.w < 40 ? 50.0f : 200.0f;
+    const float room = c.kind != Kind::knob || b.w >= 40 ? 200.0f : b.w >= 28 ? 70.0f : 56.0f;
     const float natural = font(height, 0.09f).getStringWidthFloat(c.legend);
     if (natural > room)
         height *= room / natural;
