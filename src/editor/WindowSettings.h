@@ -4,8 +4,6 @@
 
 namespace oxa::windowSettings
 {
-/** False while the build has no user settings store: reads give defaults then. */
-bool isPersistent();
 bool readBool(const char* name, bool defaultValue);
 void writeBool(const char* name, bool value);
 float readFloat(const char* name, float defaultValue);

@@ -135,8 +135,6 @@ TEST_F(EditorTest, HostLearnsWhichParameterLiesUnderTheMouse)
 
 TEST_F(EditorTest, ExpandedStatePersistsAcrossInstances)
 {
-    if (!windowSettings::isPersistent())
-        GTEST_SKIP() << "built without the user settings store";
     const bool before = windowSettings::readBool("ui.expanded", false);
     for (bool expanded : {true, false})
     {
