@@ -3,6 +3,7 @@
 // desktop, and its parameter notifications are delivered by pumping the message loop.
 
 #include "editor/FluxDeckPluginUI.h"
+#include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
 #include "element/ParameterRegistry.h"
 #include "plugin/ExportedPluginParameter.h"
@@ -36,6 +37,10 @@ class EditorTest : public ::testing::Test
 protected:
     void SetUp() override
     {
+        // Windows write the user's shared settings when they close: put them back after.
+        userExpanded = windowSettings::readBool("ui.expanded", false);
+        userReelRunning = windowSettings::readBool("ui.reel", false);
+        userReelTime = windowSettings::readFloat("ui.reelTime", 0.0f);
         overrideDisplayImageScale(1);
         plugin = std::make_unique<FluxDeckPlugin>();
         plugin->prepareToPlay(48000.0, 256);
@@ -47,6 +52,9 @@ protected:
         ui.reset();
         plugin.reset();
         overrideDisplayImageScale(0);
+        windowSettings::writeBool("ui.expanded", userExpanded);
+        windowSettings::writeBool("ui.reel", userReelRunning);
+        windowSettings::writeFloat("ui.reelTime", userReelTime);
     }
 
     void openWindow()
@@ -77,5 +85,7 @@ protected:
 
     std::unique_ptr<FluxDeckPlugin> plugin;
     std::unique_ptr<FluxDeckPluginUI> ui;
+    bool userExpanded = false, userReelRunning = false;
+    float userReelTime = 0.0f;
 };
 } // namespace oxa::test

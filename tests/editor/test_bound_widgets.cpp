@@ -5,6 +5,8 @@
 #include "element/NoteLengths.h"
 #include "engine/ProcessingElement.h"
 
+#include <cmath>
+
 using namespace oxa;
 using namespace oxa::test;
 
@@ -184,4 +186,26 @@ TEST_F(EditorTest, SectionSwitchesEnableAndDimTheirSections)
     hostParameter("NRLink").setValueNotifyingHost(1.0f);
     pump();
     EXPECT_FALSE(main.getCompanderSection().comboBox("NoiseReductionDecoder")->isVisible());
+}
+
+TEST_F(EditorTest, ReelsStartAndStopOnAClickAndTurnWithTheTapeSpeed)
+{
+    FluxDeckEditor& main = ui->getEditor();
+    EXPECT_EQ(main.getReel(true).getFrameCount(), 180);
+    const bool running = main.isReelRunning();
+    for (bool left : {true, false})
+    {
+        Slider& reel = main.getReel(left);
+        main.mouseDown(click(reel, juce::ModifierKeys::leftButtonModifier));
+        EXPECT_NE(main.isReelRunning(), running) << "a click on either reel starts or stops both";
+        main.mouseDown(click(reel, juce::ModifierKeys::rightButtonModifier));
+        EXPECT_EQ(main.isReelRunning(), running);
+    }
+    if (!main.isReelRunning())
+        main.mouseDown(click(main.getReel(true), juce::ModifierKeys::leftButtonModifier));
+    // At 10^Speed = 2 the reels move one frame a tick.
+    effect().setFloatParameter(parameterIdByName("Speed"), std::log10(2.0f), true);
+    const float before = main.getReelTime();
+    main.advance();
+    EXPECT_NEAR(main.getReelTime() - before, 1.0f, 1e-4f);
 }

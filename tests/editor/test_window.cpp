@@ -135,7 +135,6 @@ TEST_F(EditorTest, HostLearnsWhichParameterLiesUnderTheMouse)
 
 TEST_F(EditorTest, ExpandedStatePersistsAcrossInstances)
 {
-    const bool before = windowSettings::readBool("ui.expanded", false);
     for (bool expanded : {true, false})
     {
         ui->setExpanded(expanded);
@@ -143,6 +142,4 @@ TEST_F(EditorTest, ExpandedStatePersistsAcrossInstances)
         EXPECT_EQ(ui->isExpanded(), expanded);
         EXPECT_EQ(ui->getHeight(), expanded ? 656 : 435);
     }
-    ui.reset();
-    windowSettings::writeBool("ui.expanded", before);
 }

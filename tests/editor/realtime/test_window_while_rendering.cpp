@@ -2,6 +2,7 @@
 // allocates, and every window built is torn down again. Allocations are counted per
 // thread, so only the audio thread's own are seen.
 #include "editor/FluxDeckPluginUI.h"
+#include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
 #include "plugin/FluxDeckPlugin.h"
 
@@ -40,6 +41,7 @@ TEST(WindowWhileRendering, TwoHundredOpeningsLeaveTheAudioThreadAlone)
 {
     using namespace oxa;
     overrideDisplayImageScale(1);
+    const bool userExpanded = windowSettings::readBool("ui.expanded", false);
     const int liveBefore = juce::Component::getNumCurrentlyModalComponents();
     {
         FluxDeckPlugin plugin;
@@ -82,4 +84,5 @@ TEST(WindowWhileRendering, TwoHundredOpeningsLeaveTheAudioThreadAlone)
     EXPECT_EQ(juce::Component::getNumCurrentlyModalComponents(), liveBefore);
     EXPECT_EQ(oxa::Plugin::liveInstances(), 0);
     overrideDisplayImageScale(0);
+    windowSettings::writeBool("ui.expanded", userExpanded);
 }
