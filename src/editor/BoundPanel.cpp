@@ -12,6 +12,13 @@ const String& effectPath()
     return path;
 }
 
+WidgetStyle sectionStyle()
+{
+    WidgetStyle style;
+    style.knobValuePopup = true;
+    return style;
+}
+
 bool isLockable(const char* parameterName)
 {
     static const char* const lockable[] = {"Mix", "InputGain", "OutputGain", "Drive", "ApplyLowLatency"};

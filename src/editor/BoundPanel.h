@@ -25,6 +25,9 @@ struct WidgetStyle
     bool dimButtonsWhenDisabled = false;
 };
 
+/** The small panels of the expanded window: knobs without labels show a value bubble. */
+WidgetStyle sectionStyle();
+
 /** The element path of the effect, which every widget of the window binds to. */
 const String& effectPath();
 

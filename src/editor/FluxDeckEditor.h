@@ -4,7 +4,10 @@
 // turns the reels while they run.
 
 #include "editor/BoundPanel.h"
-#include "editor/SectionPanels.h"
+#include "editor/CompanderSection.h"
+#include "editor/PlaybackSection.h"
+#include "editor/TapeSection.h"
+#include "editor/TransportSection.h"
 #include "editor/widgets/Button.h"
 #include "editor/widgets/Slider.h"
 

@@ -20,9 +20,5 @@ public:
     void drawComboBox(juce::Graphics& g, int width, int height, bool isButtonDown, int buttonX, int buttonY,
                       int buttonW, int buttonH, juce::ComboBox& box) override;
     juce::Font getSliderPopupFont(juce::Slider&) override;
-
-private:
-    // Held by the shutdown holder, not by callers.
-    friend class OxaLookAndFeelHolder;
 };
 } // namespace oxa

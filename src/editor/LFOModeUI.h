@@ -1,6 +1,6 @@
 #pragma once
-// The controls that drive the flange: the LFO's two pages and the manual panel. Only
-// knobs, their values and one button each; rings and legends are in the background.
+// The LFO's controls on two pages: rate, depth, delay and feedback, or the shape. The
+// LFO settings button picks the page. Rings and legends are in the background.
 
 #include "editor/BoundPanel.h"
 
@@ -36,9 +36,6 @@ private:
     bool showEdit = false;
 };
 
-class ManualModeUI : public BoundPanel
-{
-public:
-    explicit ManualModeUI(EngineProxy* proxy);
-};
+/** Mode panels show each knob's value under it: no bubbles. */
+WidgetStyle modePanelStyle();
 } // namespace oxa

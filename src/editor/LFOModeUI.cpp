@@ -1,17 +1,17 @@
-#include "editor/ModePanels.h"
+#include "editor/LFOModeUI.h"
 
 namespace oxa
-{
-namespace
 {
 WidgetStyle modePanelStyle()
 {
     WidgetStyle style;
-    style.knobValuePopup = false; // each knob has its value label
+    style.knobValuePopup = false;
     style.labelColour = juce::Colour(layout::accentColour);
     return style;
 }
 
+namespace
+{
 void place(juce::Component& c, const layout::Box& b)
 {
     c.setBounds(b.x, b.y, b.w, b.h);
@@ -44,10 +44,5 @@ void LFOModeUI::setShowEdit(bool show)
     showEdit = show;
     mainMenu.setVisible(!show);
     editMenu.setVisible(show);
-}
-
-ManualModeUI::ManualModeUI(EngineProxy* proxy) : BoundPanel(proxy, layout::manualPanel(), modePanelStyle())
-{
-    setName("manualModeUI");
 }
 } // namespace oxa
