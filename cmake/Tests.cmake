@@ -42,14 +42,17 @@ if(FLUXDECK_EDITOR_TEST_SOURCES)
   fluxdeck_use_shared_code(fluxdeck_editor_tests)
   target_include_directories(fluxdeck_editor_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(fluxdeck_editor_tests PRIVATE fluxdeck_warnings GTest::gtest)
-  gtest_discover_tests(fluxdeck_editor_tests DISCOVERY_MODE PRE_TEST PROPERTIES LABELS editor)
+  # Windows write the user's shared settings when they close: one test process at a time.
+  gtest_discover_tests(fluxdeck_editor_tests DISCOVERY_MODE PRE_TEST
+                       PROPERTIES LABELS editor RESOURCE_LOCK fluxdeck_user_settings)
 
   # Counts the audio thread's allocations with replaced allocation functions.
   add_executable(fluxdeck_editor_realtime_tests ${PROJECT_SOURCE_DIR}/tests/editor/realtime/test_window_while_rendering.cpp
                  ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
   fluxdeck_use_shared_code(fluxdeck_editor_realtime_tests)
   target_link_libraries(fluxdeck_editor_realtime_tests PRIVATE fluxdeck_warnings GTest::gtest)
-  gtest_discover_tests(fluxdeck_editor_realtime_tests DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "editor;realtime")
+  gtest_discover_tests(fluxdeck_editor_realtime_tests DISCOVERY_MODE PRE_TEST
+                       PROPERTIES LABELS "editor;realtime" RESOURCE_LOCK fluxdeck_user_settings)
 endif()
 
 include(${PROJECT_SOURCE_DIR}/cmake/HostTests.cmake OPTIONAL)
