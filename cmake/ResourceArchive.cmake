@@ -93,6 +93,9 @@ add_library(fluxdeck_resources STATIC "${FLUXDECK_ARCHIVE_SOURCE}")
 set_target_properties(fluxdeck_resources PROPERTIES POSITION_INDEPENDENT_CODE ON)
 set_source_files_properties("${FLUXDECK_ARCHIVE_SOURCE}" PROPERTIES OBJECT_DEPENDS "${FLUXDECK_ARCHIVE_FILE}")
 
+# The window's images, drawn at build time (adds a resource root).
+include(${CMAKE_CURRENT_LIST_DIR}/AssetDrawing.cmake)
+
 # The packing rule is made at the end of the top folder, after every
 # fluxdeck_add_resource_root() call.
 function(_fluxdeck_add_archive_rule)

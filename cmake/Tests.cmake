@@ -35,6 +35,26 @@ if(FLUXDECK_RT_TEST_SOURCES)
   gtest_discover_tests(fluxdeck_realtime_tests DISCOVERY_MODE PRE_TEST PROPERTIES LABELS realtime)
 endif()
 
+# The window, drawn in-process with no display.
+file(GLOB FLUXDECK_EDITOR_TEST_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/editor/*.cpp)
+if(FLUXDECK_EDITOR_TEST_SOURCES)
+  add_executable(fluxdeck_editor_tests ${FLUXDECK_EDITOR_TEST_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+  fluxdeck_use_shared_code(fluxdeck_editor_tests)
+  target_include_directories(fluxdeck_editor_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(fluxdeck_editor_tests PRIVATE fluxdeck_warnings GTest::gtest)
+  # Windows write the user's shared settings when they close: one test process at a time.
+  gtest_discover_tests(fluxdeck_editor_tests DISCOVERY_MODE PRE_TEST
+                       PROPERTIES LABELS editor RESOURCE_LOCK fluxdeck_user_settings)
+
+  # Counts the audio thread's allocations with replaced allocation functions.
+  add_executable(fluxdeck_editor_realtime_tests ${PROJECT_SOURCE_DIR}/tests/editor/realtime/test_window_while_rendering.cpp
+                 ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+  fluxdeck_use_shared_code(fluxdeck_editor_realtime_tests)
+  target_link_libraries(fluxdeck_editor_realtime_tests PRIVATE fluxdeck_warnings GTest::gtest)
+  gtest_discover_tests(fluxdeck_editor_realtime_tests DISCOVERY_MODE PRE_TEST
+                       PROPERTIES LABELS "editor;realtime" RESOURCE_LOCK fluxdeck_user_settings)
+endif()
+
 include(${PROJECT_SOURCE_DIR}/cmake/HostTests.cmake OPTIONAL)
 
 option(FLUXDECK_FUZZ "Build the libFuzzer target for the state chunk (clang only)" OFF)

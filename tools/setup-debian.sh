@@ -10,7 +10,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
   fonts-lato
-  xvfb xauth
+  xvfb xauth imagemagick
   # LV2 checks (lv2ls, lv2info), WAV checks, the Debian package (dpkg-shlibdeps, file)
   # and a real DAW for the session check (ardour7-lua; about 70 s to install)
   lilv-utils sox dpkg-dev file ardour

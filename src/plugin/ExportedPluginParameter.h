@@ -3,7 +3,7 @@
 // are deferred into the element (any thread); element changes reach the host on the
 // message thread. A slot that cannot bind keeps what the host wrote and goes no further.
 
-#include "element/ElementView.h"
+#include "engine/ElementView.h"
 #include "element/ParameterDescription.h"
 #include "plugin/HostReaderGate.h"
 

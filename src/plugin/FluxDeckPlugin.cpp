@@ -1,4 +1,6 @@
 #include "plugin/FluxDeckPlugin.h"
+
+#include "editor/FluxDeckPluginUI.h"
 #include "resources/VolumeTable.h"
 #include "engine/SignalConnection.h"
 #include "engine/instrument/TestInstrument.h"
@@ -174,7 +176,7 @@ void FluxDeckPlugin::markLoaded()
 
 juce::AudioProcessorEditor* FluxDeckPlugin::createEditor()
 {
-    return new juce::GenericAudioProcessorEditor(*this);
+    return new FluxDeckPluginUI(*this);
 }
 } // namespace oxa
 

@@ -2,7 +2,7 @@
 // The product: a tree of Engine and the tape processor at "/FluxDeck".
 
 #include "element/AsyncUpdateForwarder.h"
-#include "element/ElementView.h"
+#include "engine/ElementView.h"
 #include "plugin/Plugin.h"
 
 namespace oxa

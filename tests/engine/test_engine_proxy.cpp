@@ -1,7 +1,7 @@
 // Watching the tree through the proxy: elements coming and going, a whole engine
 // replaced, parameter changes on the message thread, errors, and the views.
 #include "EngineTestRig.h"
-#include "element/ElementView.h"
+#include "engine/ElementView.h"
 #include "engine/EngineProxy.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "element/ElementView.h"
+#include "engine/ElementView.h"
 #include "element/ParameterRegistry.h"
 #include "engine/EngineProxy.h"
 

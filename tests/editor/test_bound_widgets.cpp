@@ -1,0 +1,211 @@
+// Bound widgets in both directions: the user's edits reach the parameter (and the host
+// as gestures), the host's writes reach the widget.
+#include "EditorTestRig.h"
+
+#include "element/NoteLengths.h"
+#include "engine/ProcessingElement.h"
+
+#include <cmath>
+
+using namespace oxa;
+using namespace oxa::test;
+
+namespace
+{
+juce::MouseEvent click(juce::Component& target, juce::ModifierKeys mods)
+{
+    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
+    const juce::Time now = juce::Time::getCurrentTime();
+    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre, mods,
+                            juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &target, &target, now,
+                            centre, now, 1, false);
+}
+} // namespace
+
+TEST_F(EditorTest, KnobEditsWriteTheParameterAndHostWritesMoveTheKnob)
+{
+    LFOMainMenu& page = ui->getLfoModeUI().getMainMenu();
+    ManualModeUI& manual = ui->getManualModeUI();
+    const uint32_t id = parameterIdByName("MaxRelativeDelay");
+    ParamSlider* lfoKnob = page.knob("MaxRelativeDelay");
+    ParamSlider* manualKnob = manual.knob("MaxRelativeDelay");
+    ASSERT_TRUE(lfoKnob != nullptr && manualKnob != nullptr);
+
+    // A drag moves the slider with notification: the parameter takes the mapped value.
+    lfoKnob->setValue(1.0, juce::sendNotificationSync);
+    EXPECT_FLOAT_EQ(effect().floatParameter(id), 0.015f);
+    pump();
+    EXPECT_DOUBLE_EQ(manualKnob->getValue(), 1.0) << "the other mode's knob follows the same parameter";
+    EXPECT_EQ(manual.valueLabel("MaxRelativeDelay")->getText(), page.valueLabel("MaxRelativeDelay")->getText());
+
+    // The host writes: both knobs and labels follow once the message thread drains.
+    hostParameter("MaxRelativeDelay").setValueNotifyingHost(0.0f);
+    pump();
+    EXPECT_DOUBLE_EQ(lfoKnob->getValue(), 0.0);
+    EXPECT_DOUBLE_EQ(manualKnob->getValue(), 0.0);
+    EXPECT_EQ(lfoKnob->currentFrame(), 0);
+
+    // A button and a combo box write too.
+    ParamButton* compensation = page.button("ApplyFeedbackCompensation");
+    const bool before = effect().boolParameter(parameterIdByName("ApplyFeedbackCompensation"));
+    compensation->triggerClick();
+    pump();
+    EXPECT_NE(effect().boolParameter(parameterIdByName("ApplyFeedbackCompensation")), before);
+    EXPECT_EQ(manual.button("ApplyFeedbackCompensation")->getToggleState(), !before);
+    ui->getModeComboBox().choose(0);
+    pump();
+    EXPECT_EQ(effect().intParameter(FluxDeckProcessor::ids().flangeMode), 0);
+    EXPECT_TRUE(ui->getManualModeUI().isVisible());
+}
+
+TEST_F(EditorTest, KnobFramesFollowTheValue)
+{
+    ParamSlider* feedback = ui->getLfoModeUI().getMainMenu().knob("Feedback");
+    ASSERT_NE(feedback, nullptr);
+    EXPECT_EQ(feedback->getFrameCount(), 129);
+    EXPECT_EQ(feedback->getWidth(), 28);
+    const struct
+    {
+        float normalised;
+        int frame;
+    } cases[] = {{0.0f, 0}, {0.5f, 64}, {1.0f, 128}, {0.999f, 127}};
+    for (const auto& c : cases)
+    {
+        hostParameter("Feedback").setValueNotifyingHost(c.normalised);
+        pump();
+        EXPECT_EQ(feedback->currentFrame(), c.frame) << c.normalised;
+    }
+}
+
+TEST_F(EditorTest, AltClickResetsToTheDefaultAsOneGesture)
+{
+    GestureCounter counter;
+    plugin->addListener(&counter);
+    ParamSlider* feedback = ui->getLfoModeUI().getMainMenu().knob("Feedback");
+    hostParameter("Feedback").setValueNotifyingHost(0.8f);
+    pump();
+    feedback->mouseDown(click(*feedback, juce::ModifierKeys::altModifier | juce::ModifierKeys::leftButtonModifier));
+    pump();
+    EXPECT_FLOAT_EQ(effect().floatParameter(parameterIdByName("Feedback")), 0.0f);
+    EXPECT_EQ(counter.begins, 1);
+    EXPECT_EQ(counter.ends, 1);
+    EXPECT_FALSE(feedback->isGestureOpen());
+    plugin->removeListener(&counter);
+}
+
+TEST_F(EditorTest, AWheelTurnIsOneGestureThatEndsWhenTheMouseLeaves)
+{
+    GestureCounter counter;
+    plugin->addListener(&counter);
+    ParamSlider* delay = ui->getLfoModeUI().getMainMenu().knob("Delay");
+    juce::MouseWheelDetails wheel {};
+    wheel.deltaY = 0.1f;
+    for (int i = 0; i < 3; ++i)
+        delay->mouseWheelMove(click(*delay, {}), wheel);
+    EXPECT_TRUE(delay->isGestureOpen());
+    delay->mouseExit(click(*delay, {}));
+    EXPECT_FALSE(delay->isGestureOpen());
+    EXPECT_EQ(counter.begins, 1);
+    EXPECT_EQ(counter.ends, 1);
+    plugin->removeListener(&counter);
+}
+
+TEST_F(EditorTest, IntegerKnobsDragByTheirNumberOfSteps)
+{
+    const struct
+    {
+        const char* parameter;
+        int sensitivity;
+    } cases[] = {{"FlangeMode", 100}, {"NoiseReductionEncoder", 120}};
+    for (const auto& c : cases)
+    {
+        ParamSlider slider(plugin->getProxy(), String("/FluxDeck"), parameterIdByName(c.parameter));
+        EXPECT_EQ(slider.getMouseDragSensitivity(), c.sensitivity) << c.parameter;
+    }
+}
+
+TEST_F(EditorTest, LfoRateShowsNoteDivisionsWhileSynchronised)
+{
+    ParamSlider* rate = ui->getLfoModeUI().getMainMenu().knob("LFOFreq");
+    ASSERT_NE(rate, nullptr);
+    EXPECT_FALSE(rate->isSynchronised());
+    ui->getSyncButton().triggerClick();
+    pump();
+    ASSERT_TRUE(rate->isSynchronised());
+    EXPECT_EQ(rate->getMaximum(), double(lastNoteIndex));
+    rate->setValue(10.0, juce::sendNotificationSync);
+    EXPECT_FLOAT_EQ(effect().floatParameter(parameterIdByName("LFOFreq")), noteLength(10));
+    EXPECT_EQ(rate->getTextFromValue(10.0), juce::String(noteText(10)));
+}
+
+TEST_F(EditorTest, TypedValuesAreParsedAndClampedByTheParameter)
+{
+    ParamSlider* feedback = ui->getLfoModeUI().getMainMenu().knob("Feedback");
+    EXPECT_NEAR(feedback->getValueFromText(feedback->getTextFromValue(0.25)), 0.25, 1e-4);
+    EXPECT_DOUBLE_EQ(feedback->getValueFromText(feedback->getTextFromValue(1.0) + "0000"), 1.0) << "clamped";
+    const double before = feedback->getValue();
+    EXPECT_DOUBLE_EQ(feedback->getValueFromText("not a number"), before);
+}
+
+TEST_F(EditorTest, ShapeMenuWritesPhaseShapeAndSymmetry)
+{
+    LFOWaveformDisplay& display = ui->getLfoWaveformDisplay();
+    for (int i = 0; i < 5; ++i)
+    {
+        display.applyPreset(i);
+        const LFOWaveformDisplay::Preset& p = LFOWaveformDisplay::presets[i];
+        EXPECT_FLOAT_EQ(effect().floatParameter(parameterIdByName("LFOPhase")), p.phase) << p.name;
+        EXPECT_FLOAT_EQ(effect().floatParameter(parameterIdByName("LFOShape")), p.shape) << p.name;
+        EXPECT_FLOAT_EQ(effect().floatParameter(parameterIdByName("LFOSymmetry")), p.symmetry) << p.name;
+        // The picture stays inside its box, ramps included.
+        const juce::Rectangle<float> box = display.buildCurve().getBounds();
+        EXPECT_GE(box.getY(), 0.0f) << p.name;
+        EXPECT_LE(box.getBottom(), float(display.getHeight())) << p.name;
+    }
+}
+
+TEST_F(EditorTest, SectionSwitchesEnableAndDimTheirSections)
+{
+    FluxDeckEditor& main = ui->getEditor();
+    const struct
+    {
+        const char* parameter;
+        juce::Component* section;
+    } cases[] = {{"ApplyRecordHead", &main.getTapeSection()},
+                 {"ApplyPlayheadFilter", &main.getPlaybackSection()},
+                 {"ApplyCompander", &main.getCompanderSection()},
+                 {"ApplyTransport", &main.getTransportSection()}};
+    for (const auto& c : cases)
+        for (bool on : {true, false})
+        {
+            hostParameter(c.parameter).setValueNotifyingHost(on ? 1.0f : 0.0f);
+            pump();
+            EXPECT_EQ(c.section->isEnabled(), on) << c.parameter;
+            EXPECT_NEAR(c.section->getAlpha(), on ? 1.0f : 0.5f, 0.01f) << c.parameter;
+        }
+    hostParameter("NRLink").setValueNotifyingHost(1.0f);
+    pump();
+    EXPECT_FALSE(main.getCompanderSection().comboBox("NoiseReductionDecoder")->isVisible());
+}
+
+TEST_F(EditorTest, ReelsStartAndStopOnAClickAndTurnWithTheTapeSpeed)
+{
+    FluxDeckEditor& main = ui->getEditor();
+    EXPECT_EQ(main.getReel(true).getFrameCount(), 180);
+    const bool running = main.isReelRunning();
+    for (bool left : {true, false})
+    {
+        Slider& reel = main.getReel(left);
+        main.mouseDown(click(reel, juce::ModifierKeys::leftButtonModifier));
+        EXPECT_NE(main.isReelRunning(), running) << "a click on either reel starts or stops both";
+        main.mouseDown(click(reel, juce::ModifierKeys::rightButtonModifier));
+        EXPECT_EQ(main.isReelRunning(), running);
+    }
+    if (!main.isReelRunning())
+        main.mouseDown(click(main.getReel(true), juce::ModifierKeys::leftButtonModifier));
+    // At 10^Speed = 2 the reels move one frame a tick.
+    effect().setFloatParameter(parameterIdByName("Speed"), std::log10(2.0f), true);
+    const float before = main.getReelTime();
+    main.advance();
+    EXPECT_NEAR(main.getReelTime() - before, 1.0f, 1e-4f);
+}
