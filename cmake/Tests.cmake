@@ -35,6 +35,7 @@ if(FLUXDECK_RT_TEST_SOURCES)
   gtest_discover_tests(fluxdeck_realtime_tests DISCOVERY_MODE PRE_TEST PROPERTIES LABELS realtime)
 endif()
 
+include(${PROJECT_SOURCE_DIR}/cmake/DisplayTests.cmake OPTIONAL)
 include(${PROJECT_SOURCE_DIR}/cmake/HostTests.cmake OPTIONAL)
 
 option(FLUXDECK_FUZZ "Build the libFuzzer target for the state chunk (clang only)" OFF)
