@@ -1,0 +1,114 @@
+// The per-user settings store: typed values survive a new store on the same
+// key, bad files and unwritable places give defaults, and writers don't lose
+// each other's values.
+#include "resources/SettingsStore.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace oxa
+{
+namespace
+{
+
+class SettingsStoreTest : public ::testing::Test
+{
+protected:
+    juce::TemporaryFile scratch;
+    juce::File root = scratch.getFile();
+    const String key = "SOFTWARE\\OXA\\Flux Deck Test";
+
+    void SetUp() override { root.createDirectory(); }
+    void TearDown() override { root.deleteRecursively(); }
+};
+
+TEST_F(SettingsStoreTest, ValuesRoundTripThroughAFreshStore)
+{
+    SettingsStore writer(key, root);
+    writer.writeBool("ui.expanded", true);
+    writer.writeInt("count", -123456);
+    writer.writeFloat("ui.reelTime", 0.1f);
+    writer.writeString("Folders", "<Folders a=\"&\"/>\nsecond line");
+
+    SettingsStore reader(key, root);
+    EXPECT_TRUE(reader.readBool("ui.expanded", false));
+    EXPECT_EQ(reader.readInt("count", 0), -123456);
+    EXPECT_EQ(reader.readFloat("ui.reelTime", 0.0f), 0.1f); // bit-exact
+    EXPECT_EQ(reader.readString("Folders", ""), String("<Folders a=\"&\"/>\nsecond line"));
+
+    // Missing values and values of another type give the default.
+    EXPECT_FALSE(reader.readBool("ui.reel", false));
+    EXPECT_EQ(reader.readFloat("count", 2.5f), 2.5f);
+    EXPECT_EQ(reader.readString("ui.expanded", "def"), String("def"));
+
+    // The key's path becomes folders below the root.
+    EXPECT_EQ(reader.file().getParentDirectory(),
+              root.getChildFile("SOFTWARE").getChildFile("OXA").getChildFile("Flux Deck Test"));
+    EXPECT_EQ(SettingsStore::productKey("OXA", "Flux Deck"), String("SOFTWARE\\OXA\\Flux Deck"));
+}
+
+TEST_F(SettingsStoreTest, CorruptFilesGiveDefaultsAndAreReplacedOnWrite)
+{
+    SettingsStore store(key, root);
+    const char* const contents[] = {"", "not xml at all", "<Other><Value name=\"n\" type=\"int\" value=\"5\"/></Other>",
+                                    "<Settings><Value name=\"n\" type=\"int\" value=\"5x\"/>",
+                                    "<Settings><Value name=\"n\" type=\"int\" value=\"99999999999\"/></Settings>",
+                                    "<Settings><Value name=\"f\" type=\"float\" value=\"nan\"/></Settings>"};
+    for (const char* text : contents)
+    {
+        store.file().getParentDirectory().createDirectory();
+        ASSERT_TRUE(store.file().replaceWithText(text));
+        EXPECT_EQ(store.readInt("n", 7), 7) << text;
+        EXPECT_EQ(store.readFloat("f", 1.5f), 1.5f) << text;
+    }
+    store.writeInt("n", 3);
+    EXPECT_EQ(store.readInt("n", 7), 3);
+}
+
+TEST_F(SettingsStoreTest, UnwritablePlaceDropsWritesQuietly)
+{
+    // A plain file where the key's first folder should be: nothing can be created below it.
+    ASSERT_TRUE(root.getChildFile("SOFTWARE").replaceWithText("in the way"));
+    SettingsStore store(key, root);
+    int fired = 0;
+    store.changed.connect(&fired, [&fired](const String&) { ++fired; });
+    store.writeBool("ui.expanded", true);
+    EXPECT_FALSE(store.readBool("ui.expanded", false));
+    EXPECT_EQ(fired, 0);
+}
+
+TEST_F(SettingsStoreTest, ChangedFiresOnlyForRealChanges)
+{
+    SettingsStore store(key, root);
+    std::vector<std::string> names;
+    store.changed.connect(&names, [&names](const String& name) { names.push_back(name.str()); });
+    store.writeBool("ui.reel", true);
+    store.writeBool("ui.reel", true);
+    store.writeFloat("ui.reelTime", 2.0f);
+    store.writeBool("ui.reel", false);
+    EXPECT_EQ(names, (std::vector<std::string> {"ui.reel", "ui.reelTime", "ui.reel"}));
+}
+
+TEST_F(SettingsStoreTest, ConcurrentWritersKeepEveryValue)
+{
+    constexpr int writers = 4, rounds = 25;
+    std::vector<std::thread> threads;
+    for (int w = 0; w < writers; ++w)
+        threads.emplace_back([this, w] {
+            SettingsStore store(key, root); // one store a thread, as separate instances would have
+            const auto name = "writer" + std::to_string(w);
+            for (int i = 1; i <= rounds; ++i)
+                store.writeInt(name.c_str(), i);
+        });
+    for (auto& t : threads)
+        t.join();
+
+    SettingsStore reader(key, root);
+    for (int w = 0; w < writers; ++w)
+        EXPECT_EQ(reader.readInt(("writer" + std::to_string(w)).c_str(), 0), rounds);
+}
+
+} // namespace
+} // namespace oxa
