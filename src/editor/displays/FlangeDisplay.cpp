@@ -16,10 +16,9 @@ constexpr float twoCycles = 12.566370964050293f;
 // The widest flange depth (15 ms) moves deck two by 0.4 of the width.
 constexpr float widthPerSecond = 26.66666666666667f;
 
-float deckHeight(float x, float shift, float width, bool inverted)
+float deckHeight(float x, float shift, float width)
 {
-    const float s = std::sin((x - shift) * twoCycles / width);
-    return 0.5f - 0.5f * (inverted ? -s : s);
+    return 0.5f - 0.5f * std::sin((x - shift) * twoCycles / width);
 }
 } // namespace
 
@@ -75,15 +74,56 @@ void FlangeDisplay::setValues(const Values& newValues)
     repaint();
 }
 
+float FlangeDisplay::firstDeckShift(const Values& v, float width)
+{
+    return v.maxRelativeDelay * widthPerSecond * width;
+}
+
+float FlangeDisplay::secondDeckShift(const Values& v, float width)
+{
+    return (v.flangePosition + 1.0f) * firstDeckShift(v, width) + (v.phaseInvert ? width * 0.25f : 0.0f);
+}
+
 float FlangeDisplay::firstDeckHeightAt(const Values& v, float x, float width)
 {
-    return deckHeight(x, v.maxRelativeDelay * widthPerSecond * width, width, false);
+    return deckHeight(x, firstDeckShift(v, width), width);
 }
 
 float FlangeDisplay::secondDeckHeightAt(const Values& v, float x, float width)
 {
-    const float shift = (v.flangePosition + 1.0f) * v.maxRelativeDelay * widthPerSecond * width;
-    return deckHeight(x, shift, width, v.phaseInvert);
+    return deckHeight(x, secondDeckShift(v, width), width);
+}
+
+void FlangeDisplay::prepareStrips(int width, int height, float scale)
+{
+    if (width == stripWidth && height == stripHeight && scale == stripScale && deckOneStrip.isValid())
+        return;
+    stripWidth = width;
+    stripHeight = height;
+    stripScale = scale;
+    const auto w = static_cast<float>(width), h = static_cast<float>(height);
+    const float length = w * 1.5f;
+    auto draw = [&](juce::Colour colour, float thickness) {
+        juce::Image strip(juce::Image::ARGB, static_cast<int>(std::ceil(length * scale)),
+                          static_cast<int>(std::ceil(h * scale)), true);
+        juce::Graphics g(strip);
+        g.addTransform(juce::AffineTransform::scale(scale));
+        CurvePlot::stroke(g, CurvePlot::trace(length, h, [w](float x) { return deckHeight(x, 0.0f, w); }), colour,
+                          thickness);
+        return strip;
+    };
+    deckOneStrip = draw(juce::Colour(firstDeckColour), 1.0f);
+    deckTwoStrip = draw(juce::Colour(secondDeckColour), 2.0f);
+}
+
+void FlangeDisplay::drawStrip(juce::Graphics& g, const juce::Image& strip, float shift, float width) const
+{
+    // The strip starts one period left of the picture; a shift moves it right by
+    // its remainder within a period, snapped to whole device pixels for a plain copy.
+    const float period = width * 0.5f;
+    const float remainder = shift - period * std::floor(shift / period);
+    const float offset = std::round((remainder - period) * stripScale) / stripScale;
+    g.drawImageTransformed(strip, juce::AffineTransform::scale(1.0f / stripScale).translated(offset, 0.0f));
 }
 
 void FlangeDisplay::paint(juce::Graphics& g)
@@ -92,11 +132,12 @@ void FlangeDisplay::paint(juce::Graphics& g)
     const auto height = static_cast<float>(getHeight());
     if (width <= 0.0f || height <= 0.0f)
         return;
-    const Values v = values;
+    const float scale = juce::jlimit(1.0f, 4.0f, g.getInternalContext().getPhysicalPixelScaleFactor());
+    prepareStrips(getWidth(), getHeight(), scale);
+    g.reduceClipRegion(getLocalBounds());
     CurvePlot::drawLevelLine(g, width, height, 0.5f);
-    CurvePlot::stroke(g, CurvePlot::trace(width, height, [&](float x) { return firstDeckHeightAt(v, x, width); }),
-                      juce::Colour(firstDeckColour), 1.0f);
-    CurvePlot::stroke(g, CurvePlot::trace(width, height, [&](float x) { return secondDeckHeightAt(v, x, width); }),
-                      juce::Colour(secondDeckColour), 2.0f);
+    g.setOpacity(1.0f); // images take the current colour's alpha
+    drawStrip(g, deckOneStrip, firstDeckShift(values, width), width);
+    drawStrip(g, deckTwoStrip, secondDeckShift(values, width), width);
 }
 } // namespace oxa

@@ -44,6 +44,10 @@ public:
     void setValues(const Values& newValues);
     const Values& getValues() const noexcept { return values; }
 
+    // How far right each deck's cycle is moved, in pixels. Phase invert turns deck
+    // two's sine over, which for a sine is a shift by half its period.
+    static float firstDeckShift(const Values& values, float width);
+    static float secondDeckShift(const Values& values, float width);
     static float firstDeckHeightAt(const Values& values, float x, float width);
     static float secondDeckHeightAt(const Values& values, float x, float width);
 
@@ -51,8 +55,15 @@ public:
 
 private:
     void timerCallback() override;
+    // Each deck's curve is the same sine moved sideways: it is drawn once into a
+    // strip one period wider than the picture, and each frame only places the strip.
+    void prepareStrips(int width, int height, float scale);
+    void drawStrip(juce::Graphics& g, const juce::Image& strip, float shift, float width) const;
 
     Values values;
+    juce::Image deckOneStrip, deckTwoStrip;
+    int stripWidth = 0, stripHeight = 0;
+    float stripScale = 0.0f;
     std::unique_ptr<ParameterWatch> watch;
     std::unique_ptr<ProcessorLink> processor;
 };
