@@ -41,6 +41,32 @@ juce::Path trace(float width, float height, HeightAt&& heightAt)
     return path;
 }
 
+// A curve kept between paints: rebuilt only after invalidate() or at a new size,
+// so a picture that is merely uncovered again costs a stroke, not its maths.
+class CachedCurve
+{
+public:
+    void invalidate() noexcept { stale = true; }
+
+    template <class Make>
+    const juce::Path& get(float width, float height, Make&& make)
+    {
+        if (stale || width != builtWidth || height != builtHeight)
+        {
+            path = make();
+            builtWidth = width;
+            builtHeight = height;
+            stale = false;
+        }
+        return path;
+    }
+
+private:
+    juce::Path path;
+    float builtWidth = -1.0f, builtHeight = -1.0f;
+    bool stale = true;
+};
+
 void stroke(juce::Graphics& g, const juce::Path& path, juce::Colour colour, float thickness);
 
 // Faint reference lines behind a curve: the decades 100 Hz, 1 kHz and 10 kHz of

@@ -36,6 +36,7 @@ void MagneticWaveformDisplay::setValues(const Values& newValues)
     if (newValues == values)
         return;
     values = newValues;
+    curve.invalidate();
     repaint();
 }
 
@@ -78,9 +79,11 @@ void MagneticWaveformDisplay::paint(juce::Graphics& g)
     if (width <= 0.0f || height <= 0.0f)
         return;
     CurvePlot::drawLevelLine(g, width, height, 0.5f);
-    const std::vector<float> points = heights(width);
-    std::size_t next = 0;
-    CurvePlot::stroke(g, CurvePlot::trace(width, height, [&](float) { return points[next++]; }),
-                      juce::Colour(curveColour), 2.0f);
+    const juce::Path& path = curve.get(width, height, [&] {
+        const std::vector<float> points = heights(width);
+        std::size_t next = 0;
+        return CurvePlot::trace(width, height, [&](float) { return points[next++]; });
+    });
+    CurvePlot::stroke(g, path, juce::Colour(curveColour), 2.0f);
 }
 } // namespace oxa

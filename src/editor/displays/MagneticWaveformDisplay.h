@@ -6,6 +6,8 @@
 #include "editor/displays/RecordHeadValues.h"
 #include "tape/RecordHead.h"
 
+#include "editor/displays/CurvePlot.h"
+
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include <memory>
@@ -41,6 +43,7 @@ public:
 
 private:
     Values values;
+    CurvePlot::CachedCurve curve;
     RecordHead model;
     std::unique_ptr<ParameterWatch> watch;
 };

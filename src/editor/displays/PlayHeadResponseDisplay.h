@@ -2,6 +2,8 @@
 // The playback head's losses against frequency, 20 Hz to 20 kHz, in dB: spacing,
 // thickness, azimuth and the track width's low boost at the chosen tape speed.
 
+#include "editor/displays/CurvePlot.h"
+
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include <memory>
@@ -51,6 +53,7 @@ public:
 
 private:
     Values values;
+    CurvePlot::CachedCurve curve;
     std::unique_ptr<ParameterWatch> watch;
 };
 } // namespace oxa

@@ -34,6 +34,7 @@ void RecordResponseDisplay::setValues(const Values& newValues)
     if (newValues == values)
         return;
     values = newValues;
+    curve.invalidate();
     repaint();
 }
 
@@ -61,7 +62,9 @@ void RecordResponseDisplay::paint(juce::Graphics& g)
     CurvePlot::drawFrequencyGrid(g, width, height);
     CurvePlot::drawLevelLine(g, width, height, -minimumDb / (maximumDb - minimumDb));
     const Values v = values;
-    CurvePlot::stroke(g, CurvePlot::trace(width, height, [&](float x) { return heightAt(v, x, width); }),
-                      juce::Colour(curveColour), 2.0f);
+    const juce::Path& path = curve.get(width, height, [&] {
+        return CurvePlot::trace(width, height, [&](float x) { return heightAt(v, x, width); });
+    });
+    CurvePlot::stroke(g, path, juce::Colour(curveColour), 2.0f);
 }
 } // namespace oxa

@@ -4,6 +4,8 @@
 
 #include "editor/displays/RecordHeadValues.h"
 
+#include "editor/displays/CurvePlot.h"
+
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include <memory>
@@ -40,6 +42,7 @@ public:
 
 private:
     Values values;
+    CurvePlot::CachedCurve curve;
     std::unique_ptr<ParameterWatch> watch;
 };
 } // namespace oxa
