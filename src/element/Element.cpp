@@ -533,6 +533,31 @@ void Element::setFloatParameter(uint32_t id, float value, bool deferred)
         setMaybeDeferred<float>(id, storedFloat(value), deferred);
 }
 
+template <typename T>
+T Element::readPendingParameter(uint32_t id) const
+{
+    ParameterInfo<T>* info = findTyped<T>(id);
+    if (info == nullptr)
+        return T();
+    if (info->isPending())
+        return info->deferredValue();
+    T moved {};
+    if (movedByPendingWrites(info->id(), moved))
+        return moved;
+    return readParameter<T>(id, nullptr);
+}
+
+float Element::pendingFloatParameter(uint32_t id) const { return readPendingParameter<float>(id); }
+int Element::pendingIntParameter(uint32_t id) const { return readPendingParameter<int>(id); }
+bool Element::pendingBoolParameter(uint32_t id) const { return readPendingParameter<bool>(id); }
+
+void Element::setMovesOthers(std::initializer_list<uint32_t> ids)
+{
+    for (const uint32_t id : ids)
+        if (ParameterInfoBase* info = findInfo(id))
+            info->setMovesOthers(true);
+}
+
 float Element::floatParameter(uint32_t id, bool* error) const { return readParameter<float>(id, error); }
 bool Element::boolParameter(uint32_t id, bool* error) const { return readParameter<bool>(id, error); }
 int Element::intParameter(uint32_t id, bool* error) const { return readParameter<int>(id, error); }
@@ -550,9 +575,10 @@ void Element::applyPendingParameters(ElementState* state)
     ++updateCounter_;
     if (hasDeferredValues_.exchange(0) == 0)
         return;
-    for (auto& record : parameters_)
-        if (record->hasDeferredValue())
-            record->applyDeferredValue(*this, state);
+    for (const bool leading : {true, false})
+        for (auto& record : parameters_)
+            if (record->movesOthers() == leading && record->hasDeferredValue())
+                record->applyDeferredValue(*this, state);
     if (state == mainState_.get())
         publishParameters();
 }

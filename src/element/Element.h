@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -262,8 +263,19 @@ public:
     ParameterInfoBase* findInfo(uint32_t id) const;
     const std::vector<std::unique_ptr<ParameterInfoBase>>& parameters() const { return parameters_; }
 
-    /** Runs deferred values into `state` once per pending update. Any thread, audio included. */
+    /** Runs deferred values into `state` once per pending update. Any thread, audio included.
+        Parameters marked as moving others apply first, the rest after them. */
     void applyPendingParameters(ElementState* state);
+    /** Marks parameters whose setters move other parameters (see ParameterInfoBase). */
+    void setMovesOthers(std::initializer_list<uint32_t> ids);
+
+    // The value a parameter will hold once the deferred writes now pending have applied:
+    // its own pending value, or what a pending write of another parameter makes of it,
+    // or else its current value. Host writes compare against this, so that a write in a
+    // batch is not dropped as "unchanged" when an earlier write of the batch moves it.
+    float pendingFloatParameter(uint32_t id) const;
+    int pendingIntParameter(uint32_t id) const;
+    bool pendingBoolParameter(uint32_t id) const;
     uint16_t updateCounter() const { return updateCounter_; }
     bool hasPendingUpdate() const { return hasPendingUpdate_.load() != 0; }
 
@@ -301,11 +313,19 @@ protected:
     /** Notifies listeners of a parameter change, synchronously and via the message thread. */
     void notifyParameterChanged(uint32_t id);
 
+    /** What pending writes of other parameters make of parameter `id`; false when they
+        leave it alone. Elements whose setters move other parameters override these. */
+    virtual bool movedByPendingWrites(uint32_t, float&) const { return false; }
+    virtual bool movedByPendingWrites(uint32_t, int&) const { return false; }
+    virtual bool movedByPendingWrites(uint32_t, bool&) const { return false; }
+
 private:
     template <typename T>
     ParameterInfo<T>* findTyped(uint32_t id) const;
     template <typename T>
     T readParameter(uint32_t id, bool* error) const;
+    template <typename T>
+    T readPendingParameter(uint32_t id) const;
     /** Writes the parameter's current value into `state` (the mirror). */
     template <typename T>
     void mirrorInto(ParameterInfoBase& record, ElementState* state) const;

@@ -45,6 +45,14 @@ public:
 
     const ParameterFlags& flags() const { return description()->flags; }
     const String& name() const { return description()->name; }
+
+    /** A parameter whose setter moves other parameters. A batch of deferred writes applies
+        these first, so that a write of a moved parameter in the same batch is not undone. */
+    bool movesOthers() const { return movesOthers_; }
+    void setMovesOthers(bool moves) { movesOthers_ = moves; }
+
+private:
+    bool movesOthers_ = false;
 };
 
 namespace detail

@@ -9,87 +9,98 @@ ParameterRegistry& ParameterRegistry::instance()
     return *registry;
 }
 
-template <typename T>
-uint32_t ParameterRegistry::add(const ParameterDescription<T>& description,
-                                std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<T>>>& map)
+uint32_t ParameterRegistry::add(ParameterKind kind, const String& name,
+                                std::unique_ptr<ParameterDescriptionBase> description)
 {
-    std::lock_guard<std::mutex> guard(mutex_);
-    const uint32_t id = ++counter_;
-    auto copy = std::make_unique<ParameterDescription<T>>(description);
-    copy->id = id;
-    entries_[id] = Entry{ParameterKindOf<T>::value, description.name};
-    map[id] = std::move(copy);
+    const std::lock_guard<std::mutex> guard(writers_);
+    const uint32_t id = counter_ + 1;
+    const uint32_t page = id / pageSize;
+    if (page >= pageCount)
+        return 0;
+    if (pages_[page].load(std::memory_order_acquire) == nullptr)
+    {
+        ownedPages_.push_back(std::make_unique<Page>());
+        for (auto& slot : *ownedPages_.back())
+            slot.store(nullptr, std::memory_order_relaxed);
+        pages_[page].store(ownedPages_.back().get(), std::memory_order_release);
+    }
+    counter_ = id;
+    if (description != nullptr)
+        description->id = id;
+    entries_.push_back(std::make_unique<Entry>(Entry {kind, name, std::move(description)}));
+    (*pages_[page].load(std::memory_order_relaxed))[id % pageSize].store(entries_.back().get(),
+                                                                          std::memory_order_release);
     return id;
 }
 
-uint32_t ParameterRegistry::registerFloat(const ParameterDescription<float>& d) { return add(d, floats_); }
-uint32_t ParameterRegistry::registerInt(const ParameterDescription<int>& d) { return add(d, ints_); }
-uint32_t ParameterRegistry::registerBool(const ParameterDescription<bool>& d) { return add(d, bools_); }
-uint32_t ParameterRegistry::registerString(const ParameterDescription<String>& d) { return add(d, strings_); }
-
-uint32_t ParameterRegistry::registerAlias(const String& name)
+uint32_t ParameterRegistry::registerFloat(const ParameterDescription<float>& d)
 {
-    std::lock_guard<std::mutex> guard(mutex_);
-    const uint32_t id = ++counter_;
-    entries_[id] = Entry{ParameterKind::Alias, name};
-    return id;
+    return add(ParameterKind::Float, d.name, std::make_unique<ParameterDescription<float>>(d));
+}
+uint32_t ParameterRegistry::registerInt(const ParameterDescription<int>& d)
+{
+    return add(ParameterKind::Int, d.name, std::make_unique<ParameterDescription<int>>(d));
+}
+uint32_t ParameterRegistry::registerBool(const ParameterDescription<bool>& d)
+{
+    return add(ParameterKind::Bool, d.name, std::make_unique<ParameterDescription<bool>>(d));
+}
+uint32_t ParameterRegistry::registerString(const ParameterDescription<String>& d)
+{
+    return add(ParameterKind::String, d.name, std::make_unique<ParameterDescription<String>>(d));
+}
+uint32_t ParameterRegistry::registerAlias(const String& name) { return add(ParameterKind::Alias, name, nullptr); }
+
+const ParameterRegistry::Entry* ParameterRegistry::find(uint32_t id) const
+{
+    if (id == 0 || id / pageSize >= pageCount)
+        return nullptr;
+    const Page* page = pages_[id / pageSize].load(std::memory_order_acquire);
+    return page != nullptr ? (*page)[id % pageSize].load(std::memory_order_acquire) : nullptr;
 }
 
 ParameterKind ParameterRegistry::kindOf(uint32_t id) const
 {
-    std::lock_guard<std::mutex> guard(mutex_);
-    auto found = entries_.find(id);
-    return found == entries_.end() ? ParameterKind::Invalid : found->second.kind;
+    const Entry* entry = find(id);
+    return entry == nullptr ? ParameterKind::Invalid : entry->kind;
 }
 
 String ParameterRegistry::nameOf(uint32_t id) const
 {
-    std::lock_guard<std::mutex> guard(mutex_);
-    auto found = entries_.find(id);
-    return found == entries_.end() ? String() : found->second.name;
+    const Entry* entry = find(id);
+    return entry == nullptr ? String() : entry->name;
 }
 
 template <typename T>
-const ParameterDescription<T>* ParameterRegistry::lookup(
-    uint32_t id, const std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<T>>>& map) const
+const ParameterDescription<T>* ParameterRegistry::typed(uint32_t id) const
 {
-    std::lock_guard<std::mutex> guard(mutex_);
-    auto found = map.find(id);
-    return found == map.end() ? nullptr : found->second.get();
+    const Entry* entry = find(id);
+    if (entry == nullptr || entry->kind != ParameterKindOf<T>::value)
+        return nullptr;
+    return static_cast<const ParameterDescription<T>*>(entry->description.get());
 }
 
-const ParameterDescription<float>* ParameterRegistry::floatDescription(uint32_t id) const { return lookup(id, floats_); }
-const ParameterDescription<int>* ParameterRegistry::intDescription(uint32_t id) const { return lookup(id, ints_); }
-const ParameterDescription<bool>* ParameterRegistry::boolDescription(uint32_t id) const { return lookup(id, bools_); }
+const ParameterDescription<float>* ParameterRegistry::floatDescription(uint32_t id) const { return typed<float>(id); }
+const ParameterDescription<int>* ParameterRegistry::intDescription(uint32_t id) const { return typed<int>(id); }
+const ParameterDescription<bool>* ParameterRegistry::boolDescription(uint32_t id) const { return typed<bool>(id); }
 const ParameterDescription<String>* ParameterRegistry::stringDescription(uint32_t id) const
 {
-    return lookup(id, strings_);
+    return typed<String>(id);
 }
 
 const ParameterDescriptionBase* ParameterRegistry::description(uint32_t id) const
 {
-    switch (kindOf(id))
-    {
-    case ParameterKind::Float:
-        return floatDescription(id);
-    case ParameterKind::Int:
-        return intDescription(id);
-    case ParameterKind::Bool:
-        return boolDescription(id);
-    case ParameterKind::String:
-        return stringDescription(id);
-    default:
-        return nullptr;
-    }
+    const Entry* entry = find(id);
+    return entry == nullptr ? nullptr : entry->description.get();
 }
 
 void ParameterRegistry::unregister(uint32_t id)
 {
-    std::lock_guard<std::mutex> guard(mutex_);
-    entries_.erase(id);
-    floats_.erase(id);
-    ints_.erase(id);
-    bools_.erase(id);
-    strings_.erase(id);
+    const std::lock_guard<std::mutex> guard(writers_);
+    if (id == 0 || id / pageSize >= pageCount)
+        return;
+    // The entry itself stays owned: a reader may still hold its description.
+    if (Page* page = pages_[id / pageSize].load(std::memory_order_acquire))
+        (*page)[id % pageSize].store(nullptr, std::memory_order_release);
 }
 } // namespace oxa

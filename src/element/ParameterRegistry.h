@@ -1,13 +1,20 @@
 #pragma once
 // Process-wide table of declared parameters. Ids count from 1 in declaration order;
 // they are stable within one build and never stored in files.
+//
+// Lookups take no lock: setters on the audio thread ask for descriptions. The table is
+// a fixed row of pages of atomic pointers; registration (static set-up, message thread)
+// fills them under a mutex, and an entry once published is never freed, so a reader
+// that found it may keep using it.
 
 #include "element/ParameterDescription.h"
 
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <unordered_map>
+#include <vector>
 
 namespace oxa
 {
@@ -30,7 +37,8 @@ public:
     /** Empty for an unknown id. */
     String nameOf(uint32_t id) const;
 
-    // Null for an unknown id or one of another kind. The pointers stay valid until unregister.
+    // Null for an unknown id or one of another kind. The pointers stay valid for the
+    // life of the process, unregistered ids included.
     const ParameterDescription<float>* floatDescription(uint32_t id) const;
     const ParameterDescription<int>* intDescription(uint32_t id) const;
     const ParameterDescription<bool>* boolDescription(uint32_t id) const;
@@ -40,6 +48,10 @@ public:
 
     void unregister(uint32_t id);
 
+    /** Room for ids; registration past it fails with id 0. */
+    static constexpr uint32_t pageSize = 1024;
+    static constexpr uint32_t pageCount = 256;
+
 private:
     ParameterRegistry() = default;
 
@@ -47,23 +59,19 @@ private:
     {
         ParameterKind kind;
         String name;
+        std::unique_ptr<ParameterDescriptionBase> description; // null for aliases
     };
+    using Page = std::array<std::atomic<const Entry*>, pageSize>;
 
+    uint32_t add(ParameterKind kind, const String& name, std::unique_ptr<ParameterDescriptionBase> description);
+    const Entry* find(uint32_t id) const;
     template <typename T>
-    uint32_t add(const ParameterDescription<T>& description,
-                 std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<T>>>& map);
+    const ParameterDescription<T>* typed(uint32_t id) const;
 
-    template <typename T>
-    const ParameterDescription<T>* lookup(
-        uint32_t id, const std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<T>>>& map) const;
-
-    // Registration happens in static set-up on one thread; the lock keeps late lookups safe.
-    mutable std::mutex mutex_;
+    std::mutex writers_; // registration and unregistration only
     uint32_t counter_ = 0;
-    std::unordered_map<uint32_t, Entry> entries_;
-    std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<float>>> floats_;
-    std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<int>>> ints_;
-    std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<bool>>> bools_;
-    std::unordered_map<uint32_t, std::unique_ptr<ParameterDescription<String>>> strings_;
+    std::array<std::atomic<Page*>, pageCount> pages_ {};
+    std::vector<std::unique_ptr<Page>> ownedPages_;
+    std::vector<std::unique_ptr<Entry>> entries_; // every entry ever published
 };
 } // namespace oxa

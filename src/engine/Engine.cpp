@@ -401,6 +401,8 @@ void Engine::reportError(std::unique_ptr<Error> error)
         return;
     }
     errors.push_back(std::move(error));
+    while (errors.size() > maxKeptErrors)
+        errors.pop_front();
 }
 
 void Engine::drainErrors()

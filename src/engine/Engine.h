@@ -77,6 +77,9 @@ public:
     /** Fires the error signal for each kept error in order, while somebody listens. */
     void drainErrors();
     size_t keptErrorCount() const { return errors.size(); }
+    /** Errors kept while nobody listens: the newest, so a tree that keeps failing
+        with no window open does not grow without end. */
+    static constexpr size_t maxKeptErrors = 64;
     Signal<Error*> errorSignal;
 
     // ---- the rest ----

@@ -1,5 +1,6 @@
 #include "plugin/ExportedPluginParameter.h"
 #include "element/ParameterRegistry.h"
+#include "element/StoredFloat.h"
 #include "engine/EngineProxy.h"
 #include "plugin/Plugin.h"
 
@@ -69,6 +70,14 @@ void ExportedPluginParameter::setTarget(const String& newPath, const String& new
     watch(newPath); // reports the element at once when it exists
 }
 
+void ExportedPluginParameter::setDisplayNameOverride(const String& shown)
+{
+    if (shown == displayName)
+        return;
+    displayName = shown;
+    tellHost();
+}
+
 void ExportedPluginParameter::unbindSlot(bool notifyHost)
 {
     cancelPendingUpdate();
@@ -85,24 +94,45 @@ void ExportedPluginParameter::unbindSlot(bool notifyHost)
 
 void ExportedPluginParameter::elementChanged(const String&)
 {
-    dropBinding();
+    // A tree replaced by a state load brings the same parameter back at the same path:
+    // the binding stays up meanwhile, so host reads never see the unbound value.
+    stopListening();
+    if (getElement() == nullptr)
+        dropBinding();
     tryBind(true);
 }
 
-void ExportedPluginParameter::dropBinding()
+void ExportedPluginParameter::stopListening()
 {
     if (listening && proxy != nullptr)
         proxy->removeParameterChangeListener(this, path, id.load());
     listening = false;
+}
+
+void ExportedPluginParameter::dropBinding()
+{
+    stopListening();
+    hostElement.store(nullptr);
     bound.store(false);
     parameterKind.store(ParameterKind::Invalid);
     description.store(nullptr);
 }
 
+void ExportedPluginParameter::pointHostAt(Element* e)
+{
+    const unsigned pid = id.load();
+    hostElement.store(bound.load() && e != nullptr && pid != 0 && e->findInfo(pid) != nullptr ? e : nullptr);
+}
+
+Element* ExportedPluginParameter::hostTarget(const HostReaderGate::Pass&) const
+{
+    return bound.load() ? hostElement.load() : nullptr;
+}
+
 void ExportedPluginParameter::tryBind(bool fromAppearance)
 {
     Element* e = getElement();
-    if (bound.load())
+    if (bound.load() && listening)
         return;
     if (e == nullptr || name.isEmpty())
     {
@@ -153,10 +183,13 @@ void ExportedPluginParameter::tryBind(bool fromAppearance)
         description.store(d);
         parameterKind.store(k);
         bound.store(true);
+        hostElement.store(e);
         listening = true;
         proxy->addParameterChangeListener(this, path, found,
                                           [this](Element* from, unsigned changedId) { parameterChanged(from, changedId); });
     }
+    else
+        dropBinding();
     changed();
     tellHost();
 }
@@ -190,34 +223,38 @@ void ExportedPluginParameter::gestureEnded(Element& from, unsigned changedId)
         endChangeGesture();
 }
 
-float ExportedPluginParameter::normalise(Element& e) const
+float ExportedPluginParameter::normalise(Element& e, const ParameterDescriptionBase* d) const
 {
-    const ParameterDescriptionBase* d = description.load();
+    // The value once the writes waiting now have applied: hosts compare a new write with
+    // this and skip it when equal, so a stale value would drop a write a batch needs.
     const unsigned pid = id.load();
     switch (parameterKind.load())
     {
         case ParameterKind::Float:
         {
+            float plain = e.pendingFloatParameter(pid);
+            if (std::isnan(plain)) // not known before it applies
+                plain = e.floatParameter(pid);
             // A host only understands 0..1; a synced or rounded value must not step outside.
-            const float v = static_cast<const ParameterDescription<float>*>(d)->unmap(&e, e.floatParameter(pid));
+            const float v = static_cast<const ParameterDescription<float>*>(d)->unmap(&e, plain);
             return std::isfinite(v) ? juce::jlimit(0.0f, 1.0f, v) : 0.0f;
         }
         case ParameterKind::Int:
         {
             auto* i = static_cast<const ParameterDescription<int>*>(d);
-            return intRangeNormalise(e.intParameter(pid), i->min, i->max);
+            return intRangeNormalise(e.pendingIntParameter(pid), i->min, i->max);
         }
-        case ParameterKind::Bool: return e.boolParameter(pid) ? 1.0f : 0.0f;
+        case ParameterKind::Bool: return e.pendingBoolParameter(pid) ? 1.0f : 0.0f;
         default: return 0.0f;
     }
 }
 
 float ExportedPluginParameter::getValue() const
 {
-    Element* e = getElement();
-    if (!bound.load() || e == nullptr || description.load() == nullptr)
-        return unboundValue.load();
-    return normalise(*e);
+    const ParameterDescriptionBase* d = description.load();
+    const auto pass = plugin.hostGate().enter();
+    Element* e = d != nullptr ? hostTarget(pass) : nullptr;
+    return e != nullptr ? normalise(*e, d) : unboundValue.load();
 }
 
 void ExportedPluginParameter::setValue(float v)
@@ -226,19 +263,24 @@ void ExportedPluginParameter::setValue(float v)
         return; // a broken host value never reaches the element
     v = juce::jlimit(0.0f, 1.0f, v);
     ignoreOwnWrite.store(true);
-    Element* e = getElement();
     const ParameterDescriptionBase* d = description.load();
-    if (!bound.load() || e == nullptr || d == nullptr)
+    const auto pass = plugin.hostGate().enter();
+    Element* e = d != nullptr ? hostTarget(pass) : nullptr;
+    if (e == nullptr)
         unboundValue.store(v);
     else
     {
+        // Compared with what the parameter will hold once the writes already waiting
+        // apply, and in the precision the element stores: a write that an earlier one in
+        // the same batch makes necessary is kept, and a repeat of the same host position
+        // is not.
         const unsigned pid = id.load();
         switch (parameterKind.load())
         {
             case ParameterKind::Float:
             {
-                const float plain = static_cast<const ParameterDescription<float>*>(d)->map(e, v);
-                if (std::isfinite(plain) && plain != e->floatParameter(pid))
+                const float plain = storedFloat(static_cast<const ParameterDescription<float>*>(d)->map(e, v));
+                if (std::isfinite(plain) && !(plain == e->pendingFloatParameter(pid)))
                     e->setFloatParameter(pid, plain, true);
                 break;
             }
@@ -246,14 +288,14 @@ void ExportedPluginParameter::setValue(float v)
             {
                 auto* i = static_cast<const ParameterDescription<int>*>(d);
                 const int plain = intFromNormalised(v, i->min, i->max);
-                if (plain != e->intParameter(pid))
+                if (plain != e->pendingIntParameter(pid))
                     e->setIntParameter(pid, plain, true);
                 break;
             }
             case ParameterKind::Bool:
             {
                 const bool plain = v > 0.5f;
-                if (plain != e->boolParameter(pid))
+                if (plain != e->pendingBoolParameter(pid))
                     e->setBoolParameter(pid, plain, true);
                 break;
             }
@@ -301,9 +343,10 @@ bool ExportedPluginParameter::isBoolean() const
 
 juce::String ExportedPluginParameter::getText(float v, int maximumStringLength) const
 {
-    Element* e = getElement();
     const ParameterDescriptionBase* d = description.load();
-    if (!bound.load() || e == nullptr || d == nullptr || !std::isfinite(v))
+    const auto pass = plugin.hostGate().enter();
+    Element* e = d != nullptr ? hostTarget(pass) : nullptr;
+    if (e == nullptr || !std::isfinite(v))
         return juce::String(v).substring(0, std::max(maximumStringLength, 0));
     v = juce::jlimit(0.0f, 1.0f, v);
     switch (parameterKind.load())
@@ -327,9 +370,10 @@ juce::String ExportedPluginParameter::getText(float v, int maximumStringLength) 
 
 float ExportedPluginParameter::getValueForText(const juce::String& text) const
 {
-    Element* e = getElement();
     const ParameterDescriptionBase* d = description.load();
-    if (!bound.load() || e == nullptr || d == nullptr)
+    const auto pass = plugin.hostGate().enter();
+    Element* e = d != nullptr ? hostTarget(pass) : nullptr;
+    if (e == nullptr)
         return text.getFloatValue();
     const String parsed(text.toStdString());
     switch (parameterKind.load())

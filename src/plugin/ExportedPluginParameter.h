@@ -5,6 +5,7 @@
 
 #include "element/ElementView.h"
 #include "element/ParameterDescription.h"
+#include "plugin/HostReaderGate.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -37,6 +38,8 @@ public:
     const String& lastTargetPath() const { return lastPath; }
     const String& lastTargetName() const { return lastName; }
     const String& displayNameOverride() const { return displayName; }
+    /** A new name for the host to show; empty shows the parameter's own. */
+    void setDisplayNameOverride(const String& shown);
 
     /** Fired when binding or kind change. */
     Signal<> changed;
@@ -44,7 +47,7 @@ public:
     // ---- juce::AudioProcessorParameter ----
     float getValue() const override;
     void setValue(float newValue) override;
-    float getDefaultValue() const override { return defaultValue; }
+    float getDefaultValue() const override { return defaultValue.load(); }
     juce::String getName(int maximumStringLength) const override;
     juce::String getLabel() const override { return {}; }
     int getNumSteps() const override;
@@ -60,16 +63,23 @@ public:
     void elementChanged(const String& elementPath) override;
     void detachFromProxy();
 
+    /** Points host calls at `element` (null: none) when it holds the bound parameter. Any
+        thread; the plug-in then waits at its reader gate before an old tree may go. */
+    void pointHostAt(Element* element);
+
 private:
     void handleAsyncUpdate() override { tryBind(false); }
     void tryBind(bool fromAppearance);
     void dropBinding();
+    void stopListening();
+    /** The element host calls may use while `pass` is held. */
+    Element* hostTarget(const HostReaderGate::Pass& pass) const;
     void parameterChanged(Element* from, unsigned changedId);
     bool isThisParameter(const Element& from, unsigned changedId) const;
     void gestureBegan(Element& from, unsigned changedId);
     void gestureEnded(Element& from, unsigned changedId);
     void tellHost();
-    float normalise(Element& e) const;
+    float normalise(Element& e, const ParameterDescriptionBase* d) const;
 
     Plugin& plugin;
     std::atomic<ParameterKind> parameterKind {ParameterKind::Invalid};
@@ -79,7 +89,7 @@ private:
     unsigned slot;
     std::atomic<bool> ignoreOwnWrite {false};
     std::atomic<float> unboundValue {0.0f};
-    float defaultValue = 0.0f;
+    std::atomic<float> defaultValue {0.0f};
     std::atomic<const ParameterDescriptionBase*> description {nullptr};
     std::atomic<bool> bound {false};
     String path;
@@ -87,5 +97,6 @@ private:
     String lastPath;
     String lastName;
     bool listening = false;
+    std::atomic<Element*> hostElement {nullptr}; // what host threads use; see pointHostAt
 };
 } // namespace oxa

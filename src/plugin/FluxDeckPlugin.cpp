@@ -33,6 +33,7 @@ FluxDeckPlugin::FluxDeckPlugin()
         exportParameter(fxPath, String(p.name), String(p.label), String());
 
     markLoaded();
+    updateLatency();
 }
 
 FluxDeckPlugin::~FluxDeckPlugin()
@@ -112,13 +113,15 @@ int FluxDeckPlugin::latencyFor(double sampleRate, bool lowLatency)
 
 void FluxDeckPlugin::updateLatency()
 {
-    if (sampleRate_ <= 0 || engine == nullptr)
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
+    if (engine == nullptr)
         return;
     bool lowLatency = false;
     if (Element* fx = engine->findElement(String("FluxDeck")))
         if (const uint32_t id = fx->parameterId("ApplyLowLatency"))
             lowLatency = fx->boolParameter(id);
-    setLatencySamples(latencyFor(sampleRate_, lowLatency));
+    const double prepared = sampleRate_.load();
+    setReportedLatency(latencyFor(prepared > 0 ? prepared : defaultSampleRate, lowLatency));
 }
 
 void FluxDeckPlugin::renderHostBlock(HostAudioBlock& block)
@@ -144,16 +147,18 @@ void FluxDeckPlugin::setStateInformation(const void* data, int sizeInBytes)
         markLoaded();
     else
     {
-        std::weak_ptr<bool> token = alive;
+        std::weak_ptr<bool> token = lifeToken;
         juce::MessageManager::callAsync([this, token] {
             if (token.lock())
                 markLoaded();
         });
     }
+    updateLatency(); // the new tree may be in the other latency mode; hosts may ask at once
 }
 
 void FluxDeckPlugin::markLoaded()
 {
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
     if (engine == nullptr)
         return;
     engine->clearModified();

@@ -34,11 +34,16 @@ public:
     };
     static const std::vector<HostParameter>& hostParameters();
 
+    /** Hosts that read latency before preparing get the one of this rate. */
+    static constexpr double defaultSampleRate = 44100.0;
+
+protected:
+    int maximumLatency(double sampleRate) const override { return latencyFor(sampleRate, false); }
+
 private:
     void markLoaded();
 
     std::unique_ptr<ElementParameterValue<bool>> lowLatencyWatcher;
     AsyncUpdateForwarder latencyForwarder;
-    std::shared_ptr<bool> alive = std::make_shared<bool>(true); // lets queued calls see a destroyed plug-in
 };
 } // namespace oxa

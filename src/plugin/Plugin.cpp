@@ -8,6 +8,51 @@ namespace oxa
 {
 std::atomic<int> Plugin::liveCount { 0 };
 
+namespace
+{
+void applyPendingInTree(Element& element)
+{
+    element.applyPendingParameters(element.mainState());
+    for (const auto& child : element.children())
+        applyPendingInTree(*child);
+}
+
+bool hasPendingInTree(const Element& element)
+{
+    if (element.hasPendingUpdate())
+        return true;
+    for (const auto& child : element.children())
+        if (hasPendingInTree(*child))
+            return true;
+    return false;
+}
+
+uint32_t nowMilliseconds() { return juce::Time::getMillisecondCounter(); }
+} // namespace
+
+/** Host writes made while nothing renders would otherwise wait for a block that may
+    never come: getters, the window and a saved project would miss their side effects. */
+class Plugin::IdleWriteTimer : public juce::Timer
+{
+public:
+    explicit IdleWriteTimer(Plugin& owner) : plugin(owner) { startTimer(25); }
+    ~IdleWriteTimer() override { stopTimer(); }
+
+private:
+    void timerCallback() override
+    {
+        std::unique_lock<std::recursive_mutex> tree(plugin.treeMutex, std::try_to_lock);
+        if (!tree.owns_lock() || plugin.engine == nullptr || plugin.audioIsLive())
+            return;
+        if (!hasPendingInTree(*plugin.engine))
+            return;
+        const juce::ScopedLock render(plugin.renderLock_);
+        applyPendingInTree(*plugin.engine);
+    }
+
+    Plugin& plugin;
+};
+
 Plugin::Plugin(const PluginDefinition& def, const BusesProperties& buses)
     : juce::AudioProcessor(buses), definition(def), context(std::make_unique<RenderContext>())
 {
@@ -20,13 +65,55 @@ Plugin::Plugin(const PluginDefinition& def, const BusesProperties& buses)
         default: break;
     }
     events.reserve(1024);
+    bypassParameter = std::make_unique<juce::AudioParameterBool>("bypass", "Bypass", false);
+    if (juce::MessageManager::getInstanceWithoutCreating() != nullptr)
+        idleWriteTimer = std::make_unique<IdleWriteTimer>(*this);
     ++liveCount;
 }
 
 Plugin::~Plugin()
 {
+    idleWriteTimer.reset();
+    lifeToken.reset();
     setEngine(nullptr);
+    retiredEngines.clear();
     --liveCount;
+}
+
+bool Plugin::audioIsLive(uint32_t milliseconds) const
+{
+    return sampleRate_.load() > 0 && renderedBlocks.load() > 0
+           && nowMilliseconds() - lastRenderMilliseconds.load() < milliseconds;
+}
+
+bool Plugin::treeHasPendingWrites() const { return engine != nullptr && hasPendingInTree(*engine); }
+
+void Plugin::applyPendingWrites()
+{
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
+    if (!treeHasPendingWrites())
+        return;
+    if (audioIsLive())
+    {
+        // A rendering audio thread applies pending writes at the head of its next block;
+        // two blocks on, every write made before this call has gone in. Waiting for that
+        // spares the host a dry block in the middle of playback.
+        const uint32_t seen = renderedBlocks.load();
+        const uint32_t started = nowMilliseconds();
+        while (renderedBlocks.load() - seen < 2 && nowMilliseconds() - started < 2 * idleAfterMilliseconds
+               && audioIsLive())
+            juce::Thread::sleep(1);
+        if (renderedBlocks.load() - seen >= 2)
+            return;
+    }
+    const juce::ScopedLock render(renderLock_);
+    applyPendingInTree(*engine);
+}
+
+void Plugin::setReportedLatency(int samples)
+{
+    reportedLatency.store(samples);
+    setLatencySamples(samples);
 }
 
 void Plugin::setEngine(const std::shared_ptr<Engine>& newEngine)
@@ -54,6 +141,14 @@ void Plugin::setEngine(const std::shared_ptr<Engine>& newEngine)
     previous.reset();
 }
 
+void Plugin::retargetHostParameters()
+{
+    for (ExportedPluginParameter* p : slots)
+        p->pointHostAt(engine != nullptr && !p->targetPath().isEmpty() ? engine->findElement(p->targetPath())
+                                                                       : nullptr);
+    hostGate_.waitForReaders();
+}
+
 bool Plugin::isBusesLayoutSupported(const BusesLayout& layouts) const
 {
     const auto in = layouts.getMainInputChannelSet();
@@ -68,21 +163,25 @@ bool Plugin::isBusesLayoutSupported(const BusesLayout& layouts) const
 
 void Plugin::prepareToPlay(double sampleRate, int maximumBlockSize)
 {
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
     if (sampleRate <= 0 || maximumBlockSize <= 0 || engine == nullptr)
         return;
     if (engine->isPrepared() && engine->sampleRate() == (float) sampleRate
         && engine->maxBlockSize() == (uint16_t) maximumBlockSize && !layoutChanged)
         return;
 
-    const juce::ScopedLock lock(renderLock_);
-    rebuildBuses(sampleRate, maximumBlockSize);
-    layoutChanged = false;
+    {
+        const juce::ScopedLock lock(renderLock_);
+        rebuildBuses(sampleRate, maximumBlockSize);
+        layoutChanged = false;
+    }
+    engine->applyHeldAutomation();
 }
 
 void Plugin::rebuildBuses(double sampleRate, int blockSize)
 {
-    sampleRate_ = sampleRate;
-    blockSize_ = blockSize;
+    sampleRate_.store(sampleRate);
+    blockSize_.store(blockSize);
     context->setSampleRate((float) sampleRate);
     engine->prepare(sampleRate, blockSize);
 
@@ -120,19 +219,31 @@ void Plugin::rebuildBuses(double sampleRate, int blockSize)
             auxScratchPointers[c] = auxScratch.data() + c * stride;
     }
 
-    engine->applyHeldAutomation();
+    {
+        const juce::ScopedLock guard(bypassLock_);
+        bypass.prepare(mainChannels, sampleRate, blockSize, maximumLatency(sampleRate));
+    }
+
+    // Held automation binds host parameters through the proxy, on the message thread:
+    // prepareToPlay and the state's interface step apply it, not this.
     mainBus = std::move(newMain);
     auxBuses = std::move(newAux);
 }
 
 void Plugin::reset()
 {
-    if (engine != nullptr)
+    // Hosts call this from whatever thread stops processing, the audio thread among them,
+    // so it never waits: with the render lock taken the next rendered block resets.
+    const juce::ScopedTryLock render(renderLock_);
+    if (!render.isLocked())
+        resetRequested.store(true);
+    else if (engine != nullptr)
         engine->reset();
 }
 
 void Plugin::updateTrackProperties(const TrackProperties& properties)
 {
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
     if (engine != nullptr)
         engine->setTrackProperties(std::make_shared<TrackProperties>(properties));
 }
@@ -166,7 +277,8 @@ void Plugin::updateTransport(int numSamples)
             position = p;
         }
     }
-    const double rate = sampleRate_ > 0 ? sampleRate_ : (double) context->sampleRate;
+    const double prepared = sampleRate_.load();
+    const double rate = prepared > 0 ? prepared : (double) context->sampleRate;
     transport.update(position, numSamples, rate, isNonRealtime(), context->transport);
 }
 
@@ -191,7 +303,7 @@ void Plugin::processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& mi
                          metadata.samplePosition);
     }
 
-    if (numSamples > 0 && engine != nullptr && mainBus != nullptr)
+    if (numSamples > 0)
     {
         const int outChannels = getMainBusNumOutputChannels();
         const int first = getChannelIndexInProcessBlockBuffer(false, 0, 0);
@@ -248,17 +360,30 @@ void Plugin::enqueueHostEvent(uint8_t port, uint8_t channel, uint8_t status, uin
 void Plugin::renderHostBlock(HostAudioBlock& block)
 {
     const juce::ScopedNoDenormals noDenormals;
+    // The bypass delay is only re-sized in prepare; a block that finds it busy is not delayed.
+    const juce::ScopedTryLock bypassGuard(bypassLock_);
+    const int latency = reportedLatency.load();
+    const int channels = (int) block.channelCount();
+    const bool keepTime = bypassGuard.isLocked() && bypass.canHandle(channels, (int) block.length, latency);
+    if (keepTime)
+        bypass.pushInput(block.mainChannels(), channels, (int) block.length);
+    renderedThisBlock = false;
     renderEngine(block, 0, 0);
+    if (keepTime)
+        bypass.mixOutput(block.mainChannels(), channels, (int) block.length, latency, bypassParameter->get(),
+                         renderedThisBlock);
 }
 
 void Plugin::renderEngine(HostAudioBlock& block, int, int)
 {
     const juce::ScopedTryLock lock(renderLock_);
-    if (!lock.isLocked())
+    if (!lock.isLocked() || engine == nullptr || mainBus == nullptr)
     {
-        block.silent = true; // the input passes as it came; events wait for the next block
+        block.silent = true; // the input passes unprocessed; events wait for the next block
         return;
     }
+    if (resetRequested.exchange(false))
+        engine->reset();
 
     mainBus->setChannels(block.mainChannels());
     mainBus->blockLength = block.length;
@@ -275,6 +400,9 @@ void Plugin::renderEngine(HostAudioBlock& block, int, int)
 
     events.clear();
     context->endOfBlock(block.length);
+    renderedThisBlock = true;
+    lastRenderMilliseconds.store(nowMilliseconds());
+    renderedBlocks.fetch_add(1);
 }
 
 int32_t Plugin::queryIEditController(const Steinberg::TUID, void** obj)
@@ -425,15 +553,15 @@ bool Plugin::save(tinyxml2::XMLElement* node)
 
 void Plugin::load(const tinyxml2::XMLElement* node)
 {
-    for (size_t i = 0; i < slots.size(); ++i)
-        if (!slots[i]->targetPath().isEmpty())
-            slots[i]->unbindSlot(true);
-    slotOfTarget.clear();
-    roundRobin = 0;
-    if (node == nullptr)
-        return;
-    for (const tinyxml2::XMLElement* child = node->FirstChildElement("AutomationConnection"); child != nullptr;
-         child = child->NextSiblingElement("AutomationConnection"))
+    struct Wanted
+    {
+        AutomationTarget target;
+        String displayName;
+    };
+    std::vector<std::optional<Wanted>> wanted(slots.size());
+    for (const tinyxml2::XMLElement* child = node != nullptr ? node->FirstChildElement("AutomationConnection")
+                                                               : nullptr;
+         child != nullptr; child = child->NextSiblingElement("AutomationConnection"))
     {
         unsigned index = 0;
         if (child->QueryUnsignedAttribute("sourceIndex", &index) != tinyxml2::XML_SUCCESS || index >= slots.size())
@@ -446,10 +574,27 @@ void Plugin::load(const tinyxml2::XMLElement* node)
             continue;
         // An empty display name stays empty: the slot then shows the parameter's own
         // display name, so the names a host lists do not change when a project reopens.
-        const String displayName(shown != nullptr ? shown : "");
-        if (!slots[index]->targetPath().isEmpty())
-            unbindSlot(index, true);
-        bindSlot(index, target, displayName);
+        wanted[index] = Wanted {target, String(shown != nullptr ? shown : "")};
+    }
+
+    slotOfTarget.clear();
+    roundRobin = 0;
+    for (size_t i = 0; i < slots.size(); ++i)
+    {
+        ExportedPluginParameter* p = slots[i];
+        const bool same = wanted[i].has_value() && p->isBound() && p->targetPath() == wanted[i]->target.path
+                          && p->targetName() == wanted[i]->target.parameterName;
+        if (same)
+        {
+            // Left bound: host calls during a state load keep answering with the parameter.
+            slotOfTarget[{p->targetPath(), p->targetName()}] = i;
+            p->setDisplayNameOverride(wanted[i]->displayName);
+            continue;
+        }
+        if (!p->targetPath().isEmpty())
+            p->unbindSlot(true);
+        if (wanted[i].has_value())
+            bindSlot(i, wanted[i]->target, wanted[i]->displayName);
     }
 }
 } // namespace oxa

@@ -7,13 +7,17 @@
 #include "engine/HostTransport.h"
 #include "plugin/AutomationParameterInterface.h"
 #include "plugin/HostAudioBlock.h"
+#include "plugin/HostReaderGate.h"
+#include "plugin/LatencyBypass.h"
 #include "plugin/PluginDefinition.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <atomic>
+#include <cmath>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -49,7 +53,8 @@ public:
     bool supportsMPE() const override { return false; }
     bool isMidiEffect() const override { return false; }
     void reset() override;
-    juce::AudioProcessorParameter* getBypassParameter() const override { return nullptr; }
+    /** Our own, so that bypassing keeps the reported latency; not in the exported list. */
+    juce::AudioProcessorParameter* getBypassParameter() const override { return bypassParameter.get(); }
     bool hasEditor() const override { return true; }
     int getNumPrograms() override { return 1; }
     int getCurrentProgram() override { return 0; }
@@ -104,8 +109,19 @@ public:
     RenderContext& renderContext() { return *context; }
     const EventList& pendingEvents() const { return events; }
     juce::CriticalSection& renderLock() { return renderLock_; }
-    double preparedSampleRate() const { return sampleRate_; }
-    int preparedBlockSize() const { return blockSize_; }
+    double preparedSampleRate() const { return sampleRate_.load(); }
+    int preparedBlockSize() const { return blockSize_.load(); }
+
+    /** Host threads pass it to use the elements the host parameters point at. */
+    const HostReaderGate& hostGate() const { return hostGate_; }
+
+    /** Applies every pending deferred write with its side effects before the caller reads
+        the tree: lets a rendering audio thread do it (it applies them at the head of its
+        next block), or, when it does not render, applies them under the render lock. */
+    void applyPendingWrites();
+    /** Whether the audio thread rendered a block within the last `milliseconds`. */
+    bool audioIsLive(uint32_t milliseconds = idleAfterMilliseconds) const;
+    static constexpr uint32_t idleAfterMilliseconds = 50;
 
     static int liveInstances() { return liveCount.load(); }
 
@@ -116,12 +132,32 @@ public:
     static void writeStateChunk(const char* xml, int length, juce::MemoryBlock& destination);
 
 protected:
+    /** The longest latency this product reports at a sample rate; sizes the bypass delay. */
+    virtual int maximumLatency(double sampleRate) const { return (int) std::ceil(sampleRate * 0.1); }
+    /** Reports latency to the host and to the bypass, which delays the dry signal by it. */
+    void setReportedLatency(int samples);
+
     void updateTransport(int numSamples);
     void rebuildBuses(double sampleRate, int blockSize);
     /** Saves the engine below the document's root; message thread. */
     void saveEngineInto(tinyxml2::XMLDocument& document);
-    /** Replaces the engine by the one in the document; message thread. */
+    /** Replaces the engine by the one in the document, on the calling thread; the
+        interface side follows on the message thread. */
     void applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, const String& basePath);
+    /** Message thread: moves the proxy and its watchers to the current engine, applies
+        held automation, then lets retired engines go. */
+    void followEngineOnMessageThread();
+    /** Points every host parameter at its element in the current engine, then waits
+        until no host call can still be inside an older tree. */
+    void retargetHostParameters();
+    bool treeHasPendingWrites() const;
+
+    /** Guards the engine pointer and the tree's replacement against the non-audio
+        threads that read it (state, latency, reset, prepare). Recursive, because host
+        notifications may call back in. The audio thread never takes it. */
+    std::recursive_mutex treeMutex;
+    /** Queued calls hold a weak copy, so that they do nothing once the plug-in is gone. */
+    std::shared_ptr<bool> lifeToken = std::make_shared<bool>(true);
 
     const PluginDefinition& definition;
     std::shared_ptr<Engine> engine;
@@ -145,10 +181,23 @@ protected:
     juce::CriticalSection pendingStateLock; // the pointer only; taken briefly from any thread
     bool layoutChanged = true;
     juce::String programName { "Default" };
-    double sampleRate_ = 0;
-    int blockSize_ = 0;
+    std::atomic<double> sampleRate_ {0.0};
+    std::atomic<int> blockSize_ {0};
 
 private:
+    class IdleWriteTimer;
     static std::atomic<int> liveCount;
+
+    HostReaderGate hostGate_;
+    std::vector<std::shared_ptr<Engine>> retiredEngines; // until the interface side has moved on
+    std::unique_ptr<juce::AudioParameterBool> bypassParameter;
+    LatencyBypass bypass;
+    juce::CriticalSection bypassLock_; // prepare against the audio thread, which only tries it
+    std::atomic<int> reportedLatency {0};
+    bool renderedThisBlock = false;                  // audio thread only
+    std::atomic<bool> resetRequested {false};        // a reset that found the render lock taken
+    std::atomic<uint32_t> lastRenderMilliseconds {0};
+    std::atomic<uint32_t> renderedBlocks {0};
+    std::unique_ptr<IdleWriteTimer> idleWriteTimer;
 };
 } // namespace oxa

@@ -79,13 +79,16 @@ void Plugin::writeStateChunk(const char* xml, int length, juce::MemoryBlock& des
 
 void Plugin::saveEngineInto(tinyxml2::XMLDocument& document)
 {
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
     tinyxml2::XMLElement* root = document.RootElement();
     if (engine == nullptr || root == nullptr)
         return;
+    // What the host wrote last goes into the project with everything it moves.
+    applyPendingWrites();
     SaveOptions options;
     options.relativePaths = true;
     {
-        const std::lock_guard<std::recursive_mutex> tree(engine->lock());
+        const std::lock_guard<std::recursive_mutex> structure(engine->lock());
         engine->saveXml(root, options);
     }
     engine->clearModified();
@@ -114,8 +117,10 @@ void Plugin::getStateInformation(juce::MemoryBlock& destination)
         else
         {
             auto done = std::make_shared<juce::WaitableEvent>();
-            const bool posted = juce::MessageManager::callAsync([this, document, done] {
-                saveEngineInto(*document);
+            std::weak_ptr<bool> alive = lifeToken;
+            const bool posted = juce::MessageManager::callAsync([this, alive, document, done] {
+                if (alive.lock())
+                    saveEngineInto(*document);
                 done->signal();
             });
             if (posted)
@@ -142,20 +147,19 @@ void Plugin::setStateInformation(const void* data, int sizeInBytes)
         const juce::ScopedLock guard(pendingStateLock);
         pendingState = document;
     }
-
-    if (onMessageThread())
-        applyState(document, basePath);
-    else
-        juce::MessageManager::callAsync([this, document, basePath] { applyState(document, basePath); });
+    // Hosts read parameters back as soon as this returns, so the new tree is in place
+    // before it does, whatever thread called.
+    applyState(document, basePath);
 }
 
 void Plugin::applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, const String& basePath)
 {
-    // the only owner left: a newer chunk took its place, or the plug-in is gone
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
+    // the only owner left: a newer chunk took its place
     if (document == nullptr || document.use_count() <= 1)
         return;
 
-    const juce::ScopedLock render(renderLock_);
+    // The new tree is built and loaded before the render lock: nobody else sees it yet.
     const tinyxml2::XMLElement* root = document->RootElement();
     const tinyxml2::XMLElement* top = root != nullptr && std::strcmp(root->Name(), "OXA4") == 0
                                           ? root->FirstChildElement()
@@ -166,7 +170,6 @@ void Plugin::applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, 
         Engine::registerType();
         loaded = std::dynamic_pointer_cast<Engine>(ElementFactory::instance().create(String(top->Name())));
     }
-
     if (loaded != nullptr)
     {
         loaded->setAutomation(this); // so that its "Automation" is held for later
@@ -175,21 +178,51 @@ void Plugin::applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, 
             options.documentFolder = Path(basePath.str());
         loaded->loadXml(top, options, currentDocumentVersion);
         loaded->finishLoading();
-        setEngine(loaded);
-        if (sampleRate_ > 0 && blockSize_ > 0)
+
+        const juce::ScopedLock render(renderLock_); // the audio thread passes blocks dry meanwhile
+        retiredEngines.push_back(std::move(engine)); // views on the message thread still look at it
+        engine = loaded;
+        if (sampleRate_.load() > 0 && blockSize_.load() > 0)
         {
             auxBuses.clear();
-            rebuildBuses(sampleRate_, blockSize_);
+            rebuildBuses(sampleRate_.load(), blockSize_.load());
         }
     }
-    else if (engine != nullptr)
+    retargetHostParameters();
+
     {
-        const std::shared_ptr<Engine> same = engine; // setEngine moves its member out first
-        setEngine(same); // watchers find their elements again either way
+        const juce::ScopedLock guard(pendingStateLock);
+        if (pendingState == document)
+            pendingState.reset();
     }
 
-    const juce::ScopedLock guard(pendingStateLock);
-    if (pendingState == document)
-        pendingState.reset();
+    if (onMessageThread())
+        followEngineOnMessageThread();
+    else
+    {
+        std::weak_ptr<bool> alive = lifeToken;
+        juce::MessageManager::callAsync([this, alive] {
+            if (alive.lock())
+                followEngineOnMessageThread();
+        });
+    }
+}
+
+void Plugin::followEngineOnMessageThread()
+{
+    const std::lock_guard<std::recursive_mutex> tree(treeMutex);
+    if (engine != nullptr)
+    {
+        if (proxy == nullptr)
+            setEngine(engine);
+        else if (proxy->engine() != engine.get())
+            proxy->setEngine(engine.get()); // watchers find their elements again by path
+        if (engine->isPrepared())
+            engine->applyHeldAutomation();
+    }
+    // Binding through the proxy may have pointed a host parameter at the tree it saw.
+    retargetHostParameters();
+    std::vector<std::shared_ptr<Engine>> old;
+    old.swap(retiredEngines);
 }
 } // namespace oxa

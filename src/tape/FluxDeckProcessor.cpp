@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace oxa
 {
@@ -143,6 +144,48 @@ void FluxDeckProcessor::bindParameters()
                   &P::setApplyFeedbackCompensation),
             new B(id.applyLowLatency, this, &P::applyLowLatency, &P::setApplyLowLatency),
         });
+    // Their setters move other parameters: the mode resets the manual position, the
+    // encoder and the link drive a linked decoder, the sync flag converts the LFO rate.
+    setMovesOthers({id.flangeMode, id.noiseReductionEncoder, id.nrLink, syncToHostId()});
+}
+
+bool FluxDeckProcessor::movedByPendingWrites(uint32_t id, float& value) const
+{
+    const Ids& ids_ = ids();
+    if (id == ids_.relativeDelay)
+    {
+        // switching to Manual puts the position at its start
+        const auto* mode = findIntInfo(ids_.flangeMode);
+        if (mode == nullptr || !mode->isPending() || mode->deferredValue() != TapeChannel::manualMode)
+            return false;
+        value = -1.0f;
+        return true;
+    }
+    if (id == ids_.lfoFreq)
+    {
+        // a sync switch converts the rate by the host's tempo: not known beforehand
+        const auto* sync = findBoolInfo(syncToHostId());
+        if (sync == nullptr || !sync->isPending() || sync->deferredValue() == syncToHost_.load())
+            return false;
+        value = std::numeric_limits<float>::quiet_NaN();
+        return true;
+    }
+    return false;
+}
+
+bool FluxDeckProcessor::movedByPendingWrites(uint32_t id, int& value) const
+{
+    const Ids& ids_ = ids();
+    if (id != ids_.noiseReductionDecoder)
+        return false;
+    const auto* encoder = findIntInfo(ids_.noiseReductionEncoder);
+    const auto* link = findBoolInfo(ids_.nrLink);
+    const bool encoderPending = encoder != nullptr && encoder->isPending();
+    const bool linkPending = link != nullptr && link->isPending();
+    if ((!encoderPending && !linkPending) || !pendingBoolParameter(ids_.nrLink))
+        return false;
+    value = clampType(pendingIntParameter(ids_.noiseReductionEncoder), 4);
+    return true;
 }
 
 uint32_t FluxDeckProcessor::mapParameterId(uint32_t id) const
@@ -174,6 +217,12 @@ bool FluxDeckProcessor::loadXmlAttributes(const tinyxml2::XMLElement* node, int 
         && node->QueryFloatAttribute("RelativeDelay", &manualPosition) == tinyxml2::XML_SUCCESS
         && std::isfinite(manualPosition))
         setFloatParameter(ids().relativeDelay, std::clamp(manualPosition, -1.0f, 1.0f));
+    // With the host standing still nobody hears a step, and the next play should start
+    // at the loaded gains rather than glide into them.
+    if (!hostPlaying.load(std::memory_order_relaxed))
+        for (ElementState* state : {mainState(), secondState()})
+            if (auto* s = dynamic_cast<State*>(state))
+                s->jumpToTargetsAtNextBlock();
     return loaded;
 }
 
@@ -223,6 +272,7 @@ void FluxDeckProcessor::processAudio(RenderContext& context, ElementState* state
     host.tempo = context.transport.tempo;
     host.playing = context.transport.playing == 1;
     host.positionBeats = context.transport.position;
+    hostPlaying.store(host.playing, std::memory_order_relaxed);
 
     float* speedScratch = context.arena1.allocateSamples(numSamples);
     float* dryScratch = context.arena1.allocateSamples(numSamples);

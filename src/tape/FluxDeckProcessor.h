@@ -50,6 +50,13 @@ public:
                       const bool* inputWasSilent) override;
     void processSilence(RenderContext&, ElementState*, uint32_t) override {}
 
+protected:
+    using BasicProcessingElement::movedByPendingWrites;
+    bool movedByPendingWrites(uint32_t id, float& value) const override;
+    bool movedByPendingWrites(uint32_t id, int& value) const override;
+
+public:
+
     /** The tape speed stream for the editor; made on first call (message thread). */
     std::shared_ptr<SignalMonitoringFIFO> getMonitor();
 
@@ -161,6 +168,7 @@ private:
 
     std::atomic<float> hostTempo_{120.0f};
     std::atomic<bool> syncToHost_{false};
+    std::atomic<bool> hostPlaying{false}; // as the last block saw it
     std::size_t firstOwnParameter = 0;
 
     std::mutex monitorCreation; // message thread only

@@ -134,6 +134,16 @@ TEST_F(EngineProxyTest, ErrorsReachListenersOrWaitInTheEngine)
     EXPECT_EQ(engineB->keptErrorCount(), 0u);
     EXPECT_EQ(listener.messages.back(), "from the new tree");
     proxy.removeErrorListener(&listener);
+
+    // with nobody listening for a long time only the newest are kept
+    for (int i = 0; i < 10000; ++i)
+        fxB->reportError(String(std::to_string(i)), String("Loading"));
+    EXPECT_EQ(engineB->keptErrorCount(), Engine::maxKeptErrors);
+    listener.messages.clear();
+    proxy.addErrorListener(&listener);
+    ASSERT_EQ(listener.messages.size(), Engine::maxKeptErrors);
+    EXPECT_EQ(listener.messages.back(), "9999");
+    proxy.removeErrorListener(&listener);
 }
 
 TEST_F(EngineProxyTest, AcquiredProxiesAreCountedAndWriteThrough)

@@ -309,7 +309,8 @@ TEST(FluxDeckHostParameters, FortyFiveSlotsAtTheEffect)
     const auto& list = FluxDeckPlugin::hostParameters();
     ASSERT_EQ(list.size(), 45u);
     ASSERT_EQ(plugin.getParameters().size(), 45);
-    EXPECT_EQ(plugin.getBypassParameter(), nullptr);
+    ASSERT_NE(plugin.getBypassParameter(), nullptr) << "our own, so the host adds none";
+    EXPECT_FALSE(plugin.getParameters().contains(plugin.getBypassParameter()));
     for (size_t i = 0; i < list.size(); ++i)
     {
         auto* p = plugin.parameterAt(i);
@@ -352,5 +353,79 @@ TEST(FluxDeckHostParameters, HostWritesWhileAnotherThreadRenders)
     juce::MidiBuffer midi;
     plugin.processBlock(buffer, midi);
     EXPECT_NEAR(gain->getValue(), 0.81f, 1e-4f); // 2000 % 101 = 81
+    deliverQueuedChanges();
+}
+
+namespace
+{
+juce::AudioProcessorParameter& hostSlot(FluxDeckPlugin& plugin, const char* shownName)
+{
+    for (auto* p : plugin.getParameters())
+        if (p->getName(100) == shownName)
+            return *p;
+    ADD_FAILURE() << shownName;
+    return *plugin.getParameters()[0];
+}
+} // namespace
+
+TEST(FluxDeckHostParameters, WritesOfOneBatchKeepTheirMeaning)
+{
+    struct Write
+    {
+        const char* parameter;
+        float value;
+    };
+    struct Case
+    {
+        const char* what;
+        std::vector<Write> batch;
+        const char* checked;
+        float expected;
+    };
+    const Case cases[] = {
+        {"position, then Manual mode", {{"Manual Flange", 0.75f}, {"Flange Mode", 0.0f}}, "Manual Flange", 0.75f},
+        {"Manual mode, then position", {{"Flange Mode", 0.0f}, {"Manual Flange", 0.75f}}, "Manual Flange", 0.75f},
+        {"Manual mode alone starts the sweep at its end", {{"Flange Mode", 0.0f}}, "Manual Flange", 0.0f},
+        {"linked encoder, then decoder None",
+         {{"Noise Reduction Encoder", 1.0f / 3.0f}, {"Noise Reduction Decoder", 0.0f}},
+         "Noise Reduction Decoder", 0.0f},
+        {"linked encoder alone drives the decoder", {{"Noise Reduction Encoder", 1.0f / 3.0f}},
+         "Noise Reduction Decoder", 1.0f / 3.0f},
+        {"decoder None (no change), then linked encoder",
+         {{"Noise Reduction Decoder", 0.0f}, {"Noise Reduction Encoder", 1.0f / 3.0f}},
+         "Noise Reduction Decoder", 1.0f / 3.0f},
+    };
+    for (const Case& c : cases)
+    {
+        FluxDeckPlugin plugin;
+        plugin.prepareToPlay(48000.0, 32);
+        juce::AudioBuffer<float> buffer(2, 32);
+        juce::MidiBuffer midi;
+        hostSlot(plugin, "Manual Flange").setValue(0.25f); // away from both ends, in LFO mode
+        plugin.processBlock(buffer, midi);
+        for (const Write& w : c.batch) // one batch: no block in between
+            hostSlot(plugin, w.parameter).setValue(w.value);
+        plugin.processBlock(buffer, midi);
+        EXPECT_NEAR(hostSlot(plugin, c.checked).getValue(), c.expected, 1e-6f) << c.what;
+    }
+}
+
+TEST(FluxDeckHostParameters, ARepeatedHostPositionDoesNotSetTheElementAgain)
+{
+    FluxDeckPlugin plugin;
+    Element* fx = plugin.getEngine()->findElement(String("FluxDeck"));
+    auto& gain = hostSlot(plugin, "Input Gain"); // -40..40 dB: rounding shows on many positions
+    int rewritten = 0;
+    for (int i = 0; i <= 2000; ++i)
+    {
+        const float v = (float) i / 2000.0f;
+        gain.setValue(v);
+        plugin.applyPendingWrites();
+        gain.setValue(v);
+        if (fx->hasPendingUpdate())
+            ++rewritten;
+        plugin.applyPendingWrites();
+    }
+    EXPECT_EQ(rewritten, 0);
     deliverQueuedChanges();
 }

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <thread>
+
 using namespace oxa;
 
 namespace
@@ -95,7 +98,31 @@ TEST(PluginFrame, MidiIsAlwaysClearedAndWaitsForABlockThatRenders)
     EXPECT_EQ(plugin.pendingEvents().size(), 0u);
 }
 
-TEST(PluginFrame, BusyRenderLockPassesTheBlockDry)
+namespace
+{
+/** Feeds an impulse at sample `at` through blocks of `block` samples; returns `length` samples of channel 0. */
+std::vector<float> impulseResponse(FluxDeckPlugin& plugin, int at, int length, int block,
+                                   const std::function<void(int blockIndex)>& beforeBlock = {})
+{
+    std::vector<float> out;
+    juce::AudioBuffer<float> buffer(2, block);
+    juce::MidiBuffer midi;
+    for (int start = 0, index = 0; start < length; start += block, ++index)
+    {
+        buffer.clear();
+        if (at >= start && at < start + block)
+            for (int c = 0; c < 2; ++c)
+                buffer.setSample(c, at - start, 1.0f);
+        if (beforeBlock)
+            beforeBlock(index);
+        plugin.processBlock(buffer, midi);
+        out.insert(out.end(), buffer.getReadPointer(0), buffer.getReadPointer(0) + block);
+    }
+    return out;
+}
+} // namespace
+
+TEST(PluginFrame, BusyRenderLockPassesTheBlockDryAndInTime)
 {
     FluxDeckPlugin plugin;
     plugin.prepareToPlay(48000.0, 32);
@@ -108,7 +135,36 @@ TEST(PluginFrame, BusyRenderLockPassesTheBlockDry)
         std::thread audio([&] { plugin.processBlock(buffer, midi); });
         audio.join();
     }
-    EXPECT_EQ(buffer.getSample(0, 0), 1.0f); // untouched
-    plugin.processBlock(buffer, midi);
-    EXPECT_LT(std::abs(buffer.getSample(0, 0)), 0.01f); // rendered: the tape delays the impulse
+    EXPECT_EQ(buffer.getMagnitude(0, 32), 0.0f) << "the input is held back by the latency, not passed early";
+}
+
+TEST(PluginFrame, BypassGivesTheInputDelayedByTheLatencyAndFadesOverAFewMilliseconds)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 64);
+    const int latency = plugin.getLatencySamples();
+    ASSERT_EQ(latency, 2880);
+    plugin.getBypassParameter()->setValue(1.0f);
+    const int at = 1000; // past the fade
+    const auto bypassed = impulseResponse(plugin, at, 4096, 64);
+    for (size_t i = 0; i < bypassed.size(); ++i)
+        ASSERT_EQ(bypassed[i], i == (size_t) (at + latency) ? 1.0f : 0.0f) << "sample " << i;
+
+    // Back on, a steady input: the output moves from the delayed input to the processed
+    // signal in steps of at most one fade step per sample, and is fully processed after.
+    plugin.getBypassParameter()->setValue(0.0f);
+    juce::AudioBuffer<float> ones(2, 64);
+    juce::MidiBuffer midi;
+    for (int b = 0; b < 80; ++b) // the delayed input reaches 1 everywhere
+    {
+        for (int c = 0; c < 2; ++c)
+            juce::FloatVectorOperations::fill(ones.getWritePointer(c), 1.0f, 64);
+        if (b == 60)
+            plugin.getBypassParameter()->setValue(1.0f);
+        plugin.processBlock(ones, midi);
+        if (b == 60)
+            EXPECT_GT(std::abs(ones.getSample(0, 63) - 1.0f), 0.0f) << "not a jump to the delayed input";
+        if (b == 66)
+            EXPECT_EQ(ones.getSample(0, 63), 1.0f) << "fully bypassed after 5 ms";
+    }
 }

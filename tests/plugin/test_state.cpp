@@ -253,43 +253,87 @@ TEST(StateChunk, OddValuesAreClampedOrDefaulted)
     EXPECT_FLOAT_EQ(plugin.getEngine()->findElement(String("FluxDeck"))->floatParameter(mix), defaultMix);
 }
 
-TEST(StateChunkThreads, TwoSetsOffTheMessageThreadOnlyTheSecondAppliesAndGetWaits)
+TEST(StateChunkThreads, ASetOffTheMessageThreadReadsBackWhenItReturns)
 {
     FluxDeckPlugin a, b, target;
+    target.prepareToPlay(48000.0, 64);
     scatter(a, 0.2f);
     scatter(b, 0.7f);
     const juce::MemoryBlock first = stateOf(a), second = stateOf(b);
-    const std::vector<float> original = hostValues(target);
 
+    std::vector<float> seenFirst, seenSecond;
+    juce::MemoryBlock savedAtOnce;
     std::thread host([&] {
         setState(target, first);
+        seenFirst = hostValues(target);
         setState(target, second);
+        seenSecond = hostValues(target);
+        target.getStateInformation(savedAtOnce); // waits for the message thread below
     });
+    while (savedAtOnce.getSize() == 0)
+        juce::MessageManager::getInstance()->runDispatchLoopUntil(5);
     host.join();
-    EXPECT_EQ(xmlOf(stateOf(target)), xmlOf(second)) << "the pending document is echoed";
-    expectSameValues(hostValues(target), original, "nothing applied yet");
-    pumpMessages();
-    expectSameValues(hostValues(target), hostValues(b), "second applied");
+    expectSameValues(seenFirst, hostValues(a), "first, read by the setting thread");
+    expectSameValues(seenSecond, hostValues(b), "second, read by the setting thread");
+    EXPECT_EQ(xmlOf(savedAtOnce), xmlOf(second));
 
-    // a good chunk followed by a refused one: if the first ran, the values would move
+    // a refused chunk after a good one keeps the good one
     std::thread again([&] {
         setState(target, first);
         setState(target, juce::MemoryBlock("junk", 4));
     });
     again.join();
+    expectSameValues(hostValues(target), hostValues(a), "junk refused");
     pumpMessages();
-    expectSameValues(hostValues(target), hostValues(b), "first skipped");
+    expectSameValues(hostValues(target), hostValues(a), "and the interface side agrees");
+}
 
-    // a get off the message thread waits for the message thread to answer it
-    const std::string expected = xmlOf(stateOf(target));
-    std::atomic<bool> done {false};
-    juce::MemoryBlock fromHost;
-    std::thread reader([&] {
-        target.getStateInformation(fromHost);
-        done = true;
-    });
-    while (!done)
-        juce::MessageManager::getInstance()->runDispatchLoopUntil(5);
-    reader.join();
-    EXPECT_EQ(xmlOf(fromHost), expected);
+TEST(StateChunkThreads, AQueuedInterfaceStepOutlivingThePluginDoesNothing)
+{
+    FluxDeckPlugin source;
+    scatter(source, 0.4f);
+    const juce::MemoryBlock chunk = stateOf(source);
+    {
+        FluxDeckPlugin target;
+        std::thread host([&] { setState(target, chunk); });
+        host.join();
+    } // gone before its queued message-thread steps run
+    pumpMessages();
+}
+
+TEST(StateChunk, LatencyIsRightBeforePrepareAndAfterIt)
+{
+    FluxDeckPlugin plugin;
+    EXPECT_EQ(plugin.getLatencySamples(), 2646) << "the default rate, 44.1 kHz";
+    plugin.prepareToPlay(96000.0, 64);
+    EXPECT_EQ(plugin.getLatencySamples(), 5760);
+}
+
+TEST(StateChunk, PendingHostWritesAndTheirSideEffectsAreSavedWithoutABlock)
+{
+    for (const bool prepared : {false, true})
+    {
+        FluxDeckPlugin plugin;
+        if (prepared)
+            plugin.prepareToPlay(48000.0, 64); // but no block rendered
+        auto* encoder = plugin.getParameters()[41];
+        ASSERT_EQ(encoder->getName(100), "Noise Reduction Encoder");
+        encoder->setValue(2.0f / 3.0f); // Type B; "Link NR" is on by default
+        const std::string xml = xmlOf(stateOf(plugin));
+        EXPECT_NE(xml.find("NoiseReductionDecoder=\"2\""), std::string::npos) << "prepared " << prepared;
+
+        FluxDeckPlugin reopened;
+        setState(reopened, stateOf(plugin));
+        EXPECT_EQ(reopened.getParameters()[42]->getValue(), 2.0f / 3.0f) << "the decoder follows";
+    }
+}
+
+TEST(StateChunk, WritesWhileNothingRendersReachTheGettersSoon)
+{
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 64);
+    auto* decoder = plugin.getParameters()[42];
+    plugin.getParameters()[41]->setValue(1.0f); // the encoder moves the linked decoder
+    juce::MessageManager::getInstance()->runDispatchLoopUntil(200);
+    EXPECT_EQ(decoder->getValue(), 1.0f) << "the message thread applied it, as no block came";
 }

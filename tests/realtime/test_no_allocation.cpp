@@ -1,11 +1,18 @@
-// The audio thread must not touch the heap: every allocation function of the
-// program is replaced by a counting one, armed only around processBlock.
+// The audio thread must not touch the heap nor wait on a lock: every allocation
+// function and every blocking lock function of the program is replaced by a counting
+// one, armed only on the audio thread around a block (with the host's parameter
+// writes the wrapper makes on that thread before it).
 #include "plugin/FluxDeckPlugin.h"
 
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <pthread.h>
+
 #include <atomic>
 #include <cstdlib>
+#include <cmath>
+#include <mutex>
 #include <new>
 
 namespace
@@ -32,6 +39,62 @@ struct Armed
     ~Armed() { armed = false; }
 };
 } // namespace
+
+// Blocking lock calls: a try-lock is what the audio thread may use, these it may not.
+namespace
+{
+thread_local bool lockCountingArmed = false;
+std::atomic<long> blockingLocks {0};
+
+// Looked up on first use: locks are taken during static set-up, before any initialiser here.
+template <typename Function>
+Function realFunction(std::atomic<void*>& cache, const char* name)
+{
+    void* found = cache.load();
+    if (found == nullptr)
+    {
+        found = dlsym(RTLD_NEXT, name);
+        cache.store(found);
+    }
+    return reinterpret_cast<Function>(found);
+}
+
+using MutexLock = int (*)(pthread_mutex_t*);
+using RwLock = int (*)(pthread_rwlock_t*);
+std::atomic<void*> realMutexLock {nullptr}, realReadLock {nullptr}, realWriteLock {nullptr};
+
+void countLock()
+{
+    if (lockCountingArmed)
+        blockingLocks.fetch_add(1, std::memory_order_relaxed);
+}
+
+struct LocksArmed
+{
+    LocksArmed()
+    {
+        blockingLocks = 0;
+        lockCountingArmed = true;
+    }
+    ~LocksArmed() { lockCountingArmed = false; }
+};
+} // namespace
+
+extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex)
+{
+    countLock();
+    return realFunction<MutexLock>(realMutexLock, "pthread_mutex_lock")(mutex);
+}
+extern "C" int pthread_rwlock_rdlock(pthread_rwlock_t* lock)
+{
+    countLock();
+    return realFunction<RwLock>(realReadLock, "pthread_rwlock_rdlock")(lock);
+}
+extern "C" int pthread_rwlock_wrlock(pthread_rwlock_t* lock)
+{
+    countLock();
+    return realFunction<RwLock>(realWriteLock, "pthread_rwlock_wrlock")(lock);
+}
 
 void* operator new(std::size_t size) { return counted(size); }
 void* operator new[](std::size_t size) { return counted(size); }
@@ -90,4 +153,40 @@ TEST(AudioThread, OnlyAFloodOfMidiMayGrowTheEventList)
     counted = 0;
     renderBlocks(plugin, 5, 512, 1100, counted); // and keeps its new room
     EXPECT_EQ(counted, 0);
+}
+
+TEST(AudioThread, NeitherHostWritesNorABlockTakeABlockingLock)
+{
+    {
+        LocksArmed guard;
+        std::mutex probe;
+        probe.lock();
+        probe.unlock();
+        ASSERT_EQ(blockingLocks.load(), 1) << "the counting itself works";
+    }
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, 256);
+    juce::AudioBuffer<float> buffer(2, 256);
+    juce::MidiBuffer midi;
+    juce::Random random(3);
+    auto& parameters = plugin.getParameters();
+    long locks = 0, heap = 0;
+    for (int block = 0; block < 60; ++block)
+    {
+        for (int c = 0; c < 2; ++c)
+            for (int i = 0; i < 256; ++i)
+                buffer.setSample(c, i, random.nextFloat() - 0.5f);
+        // as a VST3 wrapper does: every parameter written on the audio thread, then the block
+        const float offset = random.nextFloat();
+        LocksArmed lockGuard;
+        Armed heapGuard;
+        for (int p = 0; p < parameters.size(); ++p)
+            parameters[p]->setValue(std::fmod(offset + 0.37f * (float) p, 1.0f));
+        plugin.getBypassParameter()->setValue(block % 20 < 10 ? 0.0f : 1.0f);
+        plugin.processBlock(buffer, midi);
+        locks += blockingLocks.load();
+        heap += allocations.load();
+    }
+    EXPECT_EQ(locks, 0);
+    EXPECT_EQ(heap, 0);
 }

@@ -5,6 +5,7 @@
 #include "tape/SignalMonitoringFIFO.h"
 
 #include <gtest/gtest.h>
+#include <tinyxml2.h>
 
 #include <cmath>
 #include <vector>
@@ -99,6 +100,29 @@ TEST(ProcessorRender, WetOutputStaysFiniteAndFeedsTheEditor)
     const float position = rig.processor->flangePosition.load();
     EXPECT_GE(position, -1.0f);
     EXPECT_LE(position, 1.0f);
+}
+
+// A state or preset loaded while the host plays glides to its gains; one loaded while the
+// host stands still takes them at once.
+TEST(ProcessorRender, LoadedGainsJumpOnlyWhileTheHostStandsStill)
+{
+    EngineRig rig;
+    rig.render(512);
+    const auto& state = *static_cast<const FluxDeckProcessor::State*>(rig.processor->mainState());
+    tinyxml2::XMLDocument document;
+    tinyxml2::XMLElement* node = document.NewElement("FluxDeck");
+    float mix = 0.2f;
+    for (bool playing : {true, false})
+    {
+        rig.context.transport.playing = playing ? 1 : 0;
+        rig.render(512);
+        node->SetAttribute("Mix", mix);
+        rig.processor->loadXmlAttributes(node, FluxDeckProcessor::currentVersion);
+        rig.render(64);
+        EXPECT_EQ(state.dryGain.isMoving(), playing);
+        EXPECT_EQ(state.dryGain.to, 1.0f - mix);
+        mix = 0.6f;
+    }
 }
 
 TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLags)
