@@ -44,5 +44,6 @@ file(GLOB FLUXDECK_RENDER_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/
 add_executable(flux-deck-render ${FLUXDECK_RENDER_SOURCES})
 target_link_libraries(flux-deck-render PRIVATE fluxdeck_host fluxdeck_warnings)
 target_compile_definitions(flux-deck-render PRIVATE
-  FLUXDECK_BUILT_VST3_MODULE="${FLUXDECK_BUILT_VST3_MODULE}")
+  FLUXDECK_BUILT_VST3_MODULE="${FLUXDECK_BUILT_VST3_MODULE}"
+  FLUXDECK_RESOURCE_ARCHIVE="${FLUXDECK_ARCHIVE_FILE}")
 add_dependencies(flux-deck-render FluxDeck_VST3)

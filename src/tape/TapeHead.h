@@ -53,6 +53,11 @@ struct TapeHead
     static double readAt(const double* ring, std::uint64_t ringLength, std::uint64_t writeIndex,
                          double delaySamples) noexcept
     {
+        // A head that walked the whole history (blank tape after a reset) would otherwise
+        // wrap round to the sample being written; it reads the oldest pair at most.
+        const auto deepest = static_cast<double>(ringLength - 2);
+        if (delaySamples > deepest)
+            delaySamples = deepest;
         const auto whole = static_cast<std::int64_t>(delaySamples); // delays are never negative
         const double fraction = delaySamples - static_cast<double>(whole);
         const auto n = static_cast<std::int64_t>(ringLength);

@@ -43,9 +43,15 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
             options.listParameters = true;
             continue;
         }
+        if (option == "--list-presets")
+        {
+            options.listPresets = true;
+            continue;
+        }
 
         static const juce::StringArray takesValue{ "-i", "--input", "-o", "--output", "--bundle", "--sample-rate",
-                                                    "--block-size", "--seconds", "--bits", "--set" };
+                                                    "--block-size", "--seconds", "--bits", "--set",
+                                                    "--preset", "--tape-preset" };
 
         if (!takesValue.contains(option))
             return "unknown option \"" + option + "\"";
@@ -61,6 +67,10 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
             options.outputPath = value;
         else if (option == "--bundle")
             options.bundlePath = value;
+        else if (option == "--preset")
+            options.presetName = value;
+        else if (option == "--tape-preset")
+            options.tapePresetName = value;
         else if (option == "--sample-rate")
         {
             if (!parseNumber(value, 8000.0, 768000.0, options.sampleRate))
@@ -93,7 +103,7 @@ juce::String parseRenderOptions(const juce::StringArray& arguments, RenderOption
         }
     }
 
-    if (!options.showHelp && !options.listParameters && options.outputPath.isEmpty())
+    if (!options.showHelp && !options.listParameters && !options.listPresets && options.outputPath.isEmpty())
         return "an output file is needed (-o out.wav)";
 
     return {};
@@ -104,6 +114,7 @@ juce::String renderUsage()
     return "usage: flux-deck-render [-i in.wav] -o out.wav [--sample-rate N] [--block-size N]\n"
            "                        [--set \"Name=text\"]... [--list-parameters] [--bundle PATH]\n"
            "                        [--seconds S] [--bits 24|32]\n"
+           "                        [--preset NAME|FILE] [--tape-preset NAME|FILE] [--list-presets]\n"
            "\n"
            "Renders in.wav (mono or stereo) through the plug-in, or without -i a built-in\n"
            "stereo demo of 6 s. The output is the plug-in's raw output, latency included,\n"
@@ -111,6 +122,10 @@ juce::String renderUsage()
            "  --set \"Name=text\"   write a parameter in its own text form, e.g. --set \"Mix=0.5\"\n"
            "  --list-parameters   print index, name, value and text of every parameter\n"
            "  --bundle PATH       the .vst3 bundle to load (default: the one of this build)\n"
-           "  --seconds S         length of the demo, or cut/extend the input to S seconds\n";
+           "  --seconds S         length of the demo, or cut/extend the input to S seconds\n"
+           "  --preset P          apply a factory preset (\"Jet Tape\") or a .fxps file first,\n"
+           "                      as the editor's preset bar does; --set comes after it\n"
+           "  --tape-preset P     the same for a tape preset (\"06 Cassette Type I\")\n"
+           "  --list-presets      print the factory presets of both banks\n";
 }
 } // namespace oxa::render

@@ -3,8 +3,10 @@
 #include "host/AudioFiles.h"
 #include "host/DemoSignal.h"
 #include "host/HostedParameters.h"
+#include "host/Loudness.h"
 #include "host/OfflineRenderer.h"
 #include "host/PluginHost.h"
+#include "render/PresetOptions.h"
 #include "render/ProgressBar.h"
 #include "render/RenderOptions.h"
 
@@ -70,6 +72,13 @@ juce::String chooseSource(const render::RenderOptions& options, host::AudioClip&
 
 int run(const render::RenderOptions& options)
 {
+    if (options.listPresets)
+    {
+        std::cout << render::describeFactoryPresets();
+        if (options.outputPath.isEmpty() && !options.listParameters)
+            return 0;
+    }
+
     host::AudioClip source;
     if (auto error = chooseSource(options, source); error.isNotEmpty())
         return fail(error);
@@ -81,6 +90,9 @@ int run(const render::RenderOptions& options)
         return fail(loaded.error);
 
     auto& plugin = *loaded.instance;
+
+    if (auto error = render::applyPresetOptions(plugin, options); error.isNotEmpty())
+        return fail(error);
 
     for (const auto& setting : options.settings)
         if (auto error = host::applyParameterSetting(plugin, setting); error.isNotEmpty())
@@ -108,6 +120,7 @@ int run(const render::RenderOptions& options)
     progress.finish();
     host::PluginHost::pumpMessages(kSettleMs);
 
+    const auto loudness = host::measureLoudness(output, source.sampleRate);
     const auto outputFile = resolve(options.outputPath);
     if (auto error = host::writeWavFile(outputFile, { std::move(output), source.sampleRate }, options.bitsPerSample);
         error.isNotEmpty())
@@ -122,7 +135,8 @@ int run(const render::RenderOptions& options)
     if (stats.processSeconds > 0.0)
         std::cout << "  (" << juce::String(stats.audioSeconds / stats.processSeconds, 1) << "x real time)";
 
-    std::cout << std::endl;
+    std::cout << "\nloudness:   " << juce::String(loudness.integratedLufs, 1) << " LUFS, peak "
+              << juce::String(loudness.peakDbfs, 1) << " dBFS" << std::endl;
     return 0;
 }
 } // namespace
