@@ -63,7 +63,7 @@ public:
           inputGliding(d.inputGainRamp.isMoving()),
           recordOn(d.recordHead.on != 0),
           feedbackGain(d.feedback * d.feedbackCompensation),
-          driveGain(d.logDriveRamp.isMoving() ? glidingDrive(d.logDriveRamp) : d.drive),
+          driveGain(d.logDriveRamp.isMoving() ? glidingDrive(d.logDriveRamp, d.logDriveRamp.position - 1) : d.drive),
           noiseGain(d.noiseGain),
           share(LfoMode ? 0.5 : outputShare),
           driveGliding(d.logDriveRamp.isMoving()),
@@ -124,7 +124,7 @@ public:
             // The makeup is that of the drive of this very sample: a linear glide of its
             // own would let the level through the saturator swell mid-way.
             const double previous = driveGain;
-            driveGain = glidingDrive(deck.logDriveRamp);
+            driveGain = glidingDrive(deck.logDriveRamp, deck.logDriveRamp.position);
             makeup = RecordHead::makeupGain(driveGain, deck.recordHead.a, deck.recordHead.k);
             // The head's memory holds the field at the drive it was recorded with; carried
             // over to the new drive, a glide down does not release it as a thump.
@@ -178,11 +178,13 @@ public:
     }
 
 private:
-    // The drive along its glide: an S-curve in decibels, so that the glide starts and
-    // ends without a corner the head's memory would answer with a thump.
-    static double glidingDrive(const LinearRamp& logDrive) noexcept
+    // The drive at a position of its glide: an S-curve in decibels, so that the glide
+    // starts and ends without a corner the head's memory would answer with a thump. A
+    // block starts from the drive of the sample before, so the head's rescaling never
+    // skips a step.
+    static double glidingDrive(const LinearRamp& logDrive, std::int32_t position) noexcept
     {
-        const double t = static_cast<double>(logDrive.position) / static_cast<double>(logDrive.length);
+        const double t = static_cast<double>(position < 0 ? 0 : position) / static_cast<double>(logDrive.length);
         const double shaped = t * t * (3.0 - 2.0 * t);
         return std::exp(logDrive.from + (logDrive.to - logDrive.from) * shaped);
     }

@@ -132,6 +132,8 @@ void applyFull(juce::XmlElement& effect, const juce::XmlElement& presetNode, con
     effect = replaced;
 }
 
+// The tape values only. The state loader keeps tempo-synced values out of range
+// where a tape load clamps them, but no tape value is tempo-synced, so both agree.
 void applyTape(juce::XmlElement& effect, const juce::XmlElement& presetNode, const juce::String& pathText)
 {
     const bool hysteresisFromPreset = !isLocked(effect, "Hysteresis");
