@@ -55,6 +55,7 @@ if(FLUXDECK_EDITOR_TEST_SOURCES)
                        PROPERTIES LABELS "editor;realtime" RESOURCE_LOCK fluxdeck_user_settings)
 endif()
 
+include(${PROJECT_SOURCE_DIR}/cmake/DisplayTests.cmake OPTIONAL)
 include(${PROJECT_SOURCE_DIR}/cmake/HostTests.cmake OPTIONAL)
 
 option(FLUXDECK_FUZZ "Build the libFuzzer target for the state chunk (clang only)" OFF)

@@ -5,6 +5,7 @@
 #include "element/ParameterInfo.h"
 #include "element/ParameterRegistry.h"
 #include "tape/Decibels.h"
+#include "tape/TapeControls.h"
 
 #include <tinyxml2.h>
 
@@ -288,6 +289,7 @@ void FluxDeckProcessor::processAudio(RenderContext& context, ElementState* state
                                     speedScratch, dryScratch);
     hostTempo_.store(tempo, std::memory_order_relaxed);
     flangePosition.store(position, std::memory_order_relaxed);
+    outputLevels.publish(channels, channelCount(), numSamples);
 
     if (monitorPublished.load(std::memory_order_acquire))
         if (auto live = monitorForAudio.lock())
@@ -358,7 +360,7 @@ void FluxDeckProcessor::setMagneticHardness(State& s, float v)
 {
     if (!clampToRange(ids().magneticHardness, v))
         return;
-    const double a = 5.0 - 4.0 * v;
+    const double a = TapeControls::recordHardness(v);
     s.forEachDeck([a](TapeDeck& deck) { deck.setRecordHardness(a); });
 }
 
@@ -370,7 +372,7 @@ void FluxDeckProcessor::setHysteresis(State& s, float v)
 {
     if (!clampToRange(ids().hysteresis, v))
         return;
-    const double k = 100.0 * std::pow(10.0, 3.0 * v);
+    const double k = TapeControls::recordResistance(v);
     s.forEachDeck([k](TapeDeck& deck) { deck.setRecordResistance(k); });
 }
 
@@ -394,7 +396,7 @@ void FluxDeckProcessor::setSpacing(State& s, float v)
 {
     if (!clampToRange(ids().spacing, v))
         return;
-    const double spacing = 1e-5f * std::pow(10.0f, v);
+    const double spacing = TapeControls::headSpacing(v);
     s.forEachDeck([spacing](TapeDeck& deck) { deck.setSpacing(spacing); });
 }
 
@@ -406,7 +408,7 @@ void FluxDeckProcessor::setThickness(State& s, float v)
 {
     if (!clampToRange(ids().thickness, v))
         return;
-    const double thickness = static_cast<double>(0.000005f) * std::pow(10.0, static_cast<double>(v));
+    const double thickness = TapeControls::tapeThickness(v);
     s.forEachDeck([thickness](TapeDeck& deck) { deck.setThickness(thickness); });
 }
 
@@ -418,7 +420,7 @@ void FluxDeckProcessor::setAzimuth(State& s, float v)
 {
     if (!clampToRange(ids().azimuth, v))
         return;
-    const double azimuth = 0.00090000004 * v + 0.0001;
+    const double azimuth = TapeControls::headAzimuth(v);
     s.forEachDeck([azimuth](TapeDeck& deck) { deck.setAzimuth(azimuth); });
 }
 
@@ -430,7 +432,7 @@ void FluxDeckProcessor::setTrackWidthRatio(State& s, float v)
 {
     if (!clampToRange(ids().trackWidthRatio, v))
         return;
-    const double ratio = 0.9 * v + 1.1;
+    const double ratio = TapeControls::trackWidthRatio(v);
     s.forEachDeck([ratio](TapeDeck& deck) { deck.setTrackWidthRatio(ratio); });
 }
 
@@ -442,7 +444,7 @@ void FluxDeckProcessor::setSpeed(State& s, float v)
 {
     if (!clampToRange(ids().speed, v))
         return;
-    const auto tapeSpeed = static_cast<float>(0.1 * std::pow(10.0, static_cast<double>(v)));
+    const float tapeSpeed = TapeControls::tapeSpeed(v);
     s.setTapeSpeed(tapeSpeed);
 }
 

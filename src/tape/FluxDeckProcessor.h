@@ -5,6 +5,7 @@
 
 #include "engine/BasicProcessingElement.h"
 #include "tape/FluxDeckParameters.h"
+#include "tape/OutputLevels.h"
 #include "tape/SignalMonitoringFIFO.h"
 #include "tape/TapeEffect.h"
 
@@ -62,6 +63,8 @@ public:
 
     /** Flange position in -1..1, written once a block. */
     std::atomic<float> flangePosition{0.0f};
+    /** Output peaks for the window's meters, raised once a block. */
+    OutputLevels outputLevels;
     float hostTempo() const { return hostTempo_.load(); }
     bool syncToHost() const { return syncToHost_.load(); }
 

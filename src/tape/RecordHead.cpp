@@ -78,6 +78,14 @@ double RecordHead::makeupGain(double drive, double hardness, double resistance) 
     return std::pow(std::tanh(drive * 0.01) * 100.0, exponent);
 }
 
+double RecordHead::smallSignalGain(double frequency, double hardness, double resistance) noexcept
+{
+    const double omega = 6.283185307179586 * std::fabs(frequency);
+    const double corner = resistance * smallSignalSlope(hardness);
+    const double denominator = std::sqrt(omega * omega + corner * corner);
+    return denominator > 0.0 ? omega / denominator : 1.0;
+}
+
 float RecordHead::nextNoise() noexcept
 {
     // Pink noise: row j changes every 2^j samples.

@@ -55,6 +55,10 @@ struct RecordHead
     // The small-signal slope of the anhysteretic law at the origin.
     static double smallSignalSlope(double hardness) noexcept { return hardness - 0.855722502; }
 
+    // Magnitude of the head's answer to a small sine: a first-order high-pass
+    // s / (s + k g) with g the slope above, so its corner lies at k g / 2 pi.
+    static double smallSignalGain(double frequency, double hardness, double resistance) noexcept;
+
     // Gain the deck divides out after the head, for a drive (linear) and the
     // head's coefficients.
     static double makeupGain(double drive, double hardness, double resistance) noexcept;
