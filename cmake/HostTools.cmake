@@ -9,6 +9,7 @@ add_library(fluxdeck_host STATIC ${FLUXDECK_HOST_SOURCES})
 target_include_directories(fluxdeck_host PRIVATE ${PROJECT_SOURCE_DIR}/tools)
 target_compile_definitions(fluxdeck_host PRIVATE
   JUCE_PLUGINHOST_VST3=1
+  JUCE_PLUGINHOST_LV2=1
   JUCE_STANDALONE_APPLICATION=1
   JUCE_WEB_BROWSER=0
   JUCE_USE_CURL=0

@@ -81,7 +81,7 @@ Element::Element(const String& typeName, const String& name, bool isPolyphonic)
     : typeName_(typeName), name_(name), serial_(serialCounter().fetch_add(1))
 {
     const auto& ids = commonIds();
-    flags_ = static_cast<uint8_t>(IsSaved | (isPolyphonic ? IsPolyphonic : 0));
+    flags_.store(static_cast<uint8_t>(IsSaved | (isPolyphonic ? IsPolyphonic : 0)));
     mainState_ = std::make_unique<ElementState>(this);
     secondState_ = std::make_unique<ElementState>(this);
     // "Bypass" is declared here but bound by processing elements, whose state holds it.
@@ -246,7 +246,10 @@ void Element::setPolyphonic(bool polyphonic)
             mainState_ = std::move(refreshed);
         }
     }
-    flags_ = static_cast<uint8_t>(polyphonic ? (flags_ | IsPolyphonic) : (flags_ & ~IsPolyphonic));
+    if (polyphonic)
+        flags_.fetch_or(IsPolyphonic);
+    else
+        flags_.fetch_and(static_cast<uint8_t>(~IsPolyphonic));
 }
 
 double Element::ownMemorySize() const

@@ -127,6 +127,9 @@ public:
     virtual bool loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int version);
     virtual void prepareChildren();
     virtual void finishLoading();
+    /** Called after a whole set of values was replaced at once (a preset), so that a
+        processor can start from them rather than glide into them. */
+    virtual void valuesReplaced() {}
 
     /** A prepared clone of mainState with pending parameters applied. */
     virtual std::unique_ptr<ElementState> createState(StatePool* pool);
@@ -359,6 +362,6 @@ private:
     uint16_t maxBlockSize_ = 0;
     uint16_t updateCounter_ = 0;
     uint16_t serial_;
-    uint8_t flags_ = 0;
+    std::atomic<uint8_t> flags_ {0}; // host threads mark modified while the message thread clears
 };
 } // namespace oxa

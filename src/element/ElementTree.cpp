@@ -381,9 +381,8 @@ void Element::setModified()
 {
     for (Element* e = this; e != nullptr; e = e->parent_)
     {
-        if ((e->flags_ & IsModified) != 0)
+        if ((e->flags_.fetch_or(IsModified) & IsModified) != 0)
             continue;
-        e->flags_ |= IsModified;
         if (ElementSignals* s = e->signals_.load())
             s->modifiedChanged(e);
     }
@@ -391,16 +390,18 @@ void Element::setModified()
 
 void Element::clearModified()
 {
-    if ((flags_ & IsModified) == 0)
+    if ((flags_.fetch_and(static_cast<uint8_t>(~IsModified)) & IsModified) == 0)
         return;
-    flags_ = static_cast<uint8_t>(flags_ & ~IsModified);
     if (ElementSignals* s = signals_.load())
         s->modifiedChanged(this);
 }
 
 void Element::setSaved(bool saved)
 {
-    flags_ = static_cast<uint8_t>(saved ? (flags_ | IsSaved) : (flags_ & ~IsSaved));
+    if (saved)
+        flags_.fetch_or(IsSaved);
+    else
+        flags_.fetch_and(static_cast<uint8_t>(~IsSaved));
 }
 
 // ---- errors ----------------------------------------------------------------------

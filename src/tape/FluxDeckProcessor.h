@@ -42,6 +42,7 @@ public:
     uint32_t mapParameterId(uint32_t id) const override;
     void saveXmlAttributes(tinyxml2::XMLElement* node, int& version) override;
     bool loadXmlAttributes(const tinyxml2::XMLElement* node, int version) override;
+    void valuesReplaced() override;
     void prepareToRender() override;
     void setBus(uint32_t index, AudioBus* bus) override;
 

@@ -272,6 +272,7 @@ bool FullPresetBank::applyPreset(Element& element, tinyxml2::XMLElement& node, i
     rules.boolsFirst = true;
     rules.syncException = true;
     applyValues(element, node, version, rules);
+    element.valuesReplaced();
     element.setProperty(propertyKey, ElementProperty(String(path.str()), true));
     element.removeProperty(tapePropertyKey);
     element.clearModified();
@@ -311,6 +312,7 @@ bool TapePresetBank::applyPreset(Element& element, tinyxml2::XMLElement& node, i
     ApplyRules rules;
     rules.only = &tapeIds;
     applyValues(element, node, version, rules);
+    element.valuesReplaced();
     element.setProperty(propertyKey, ElementProperty(String(path.str()), true));
     element.clearModified();
     return true;
