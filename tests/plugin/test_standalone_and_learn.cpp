@@ -169,14 +169,6 @@ TEST(MidiLearnState, LearnedControllerSetsTheEffectsOutputGain)
     const float loud = run(127);
     EXPECT_GT(loud, 1000.0f * quiet) << loud << " " << quiet;
 
-    // Back to 0 at sample 200: it takes hold at the control block starting at 224.
-    juce::AudioBuffer<float> buffer(2, 512);
-    for (int c = 0; c < 2; ++c)
-        for (int i = 0; i < 512; ++i)
-            buffer.setSample(c, i, random.nextFloat() - 0.5f);
-    juce::MidiBuffer midi;
-    midi.addEvent(juce::MidiMessage::controllerEvent(1, 74, 0), 200);
-    plugin->processBlock(buffer, midi);
-    EXPECT_GT(buffer.getMagnitude(0, 192, 32), 1000.0f * buffer.getMagnitude(0, 224, 32));
-    EXPECT_GT(buffer.getMagnitude(0, 0, 192), 1000.0f * buffer.getMagnitude(0, 224, 512 - 224));
+    // And back down: the effect glides its gain there within a few blocks.
+    EXPECT_LT(run(0), loud * 1.0e-3f);
 }
