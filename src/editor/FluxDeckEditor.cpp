@@ -3,6 +3,7 @@
 #include "editor/WindowSettings.h"
 #include "tape/FluxDeckProcessor.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace oxa
@@ -47,14 +48,15 @@ FluxDeckEditor::FluxDeckEditor(EngineProxy* proxy)
     magneticDisplayButton.setToggleState(true, juce::dontSendNotification);
     setUpReel(reelLeft, table.at(layout::Kind::reel, "reelLeft"));
     setUpReel(reelRight, table.at(layout::Kind::reel, "reelRight"));
+    setUpPictures(table);
 
     companderSection.setEnabled(false);
     companderSection.setAlpha(0.5f);
     watch(effectPath());
-    recordHeadView = switchView("ApplyRecordHead", tapeSection);
-    playbackView = switchView("ApplyPlayheadFilter", playbackSection);
+    recordHeadView = switchView("ApplyRecordHead", tapeSection, {&magneticWaveformDisplay, &recordResponseDisplay});
+    playbackView = switchView("ApplyPlayheadFilter", playbackSection, {&playHeadResponseDisplay});
     companderView = switchView("ApplyCompander", companderSection);
-    transportView = switchView("ApplyTransport", transportSection);
+    transportView = switchView("ApplyTransport", transportSection, {&scrollCurve});
 }
 
 FluxDeckEditor::~FluxDeckEditor()
@@ -96,27 +98,75 @@ void FluxDeckEditor::setUpDisplayButton(Button& button, const layout::Control& c
     addAndMakeVisible(button);
 }
 
-std::unique_ptr<ElementParameterValue<bool>> FluxDeckEditor::switchView(const char* parameter,
-                                                                        juce::Component& section)
+void FluxDeckEditor::setUpPictures(const layout::Panel& table)
 {
+    EngineProxy* const engineProxy = SimpleElementView::proxy;
+    auto add = [&](juce::Component& picture, layout::Kind kind, const char* name) {
+        place(picture, table.at(kind, name).bounds);
+        addAndMakeVisible(picture);
+    };
+    add(recordResponseDisplay, layout::Kind::display, "recordResponseDisplay");
+    add(magneticWaveformDisplay, layout::Kind::display, "magneticWaveformDisplay");
+    add(playHeadResponseDisplay, layout::Kind::display, "playHeadResponseDisplay");
+    add(scrollCurve, layout::Kind::display, "scrollCurve");
+    add(meterLeft, layout::Kind::meter, "meterLeft");
+    add(meterRight, layout::Kind::meter, "meterRight");
+    add(flangeDisplay, layout::Kind::display, "flangeDisplay");
+
+    recordResponseDisplay.bind(engineProxy, effectPath());
+    magneticWaveformDisplay.bind(engineProxy, effectPath());
+    playHeadResponseDisplay.bind(engineProxy, effectPath());
+    flangeDisplay.bind(engineProxy, effectPath());
+    meterLeft.bind(engineProxy, effectPath());
+    meterRight.bind(engineProxy, effectPath());
+
+    // The trace of the tape speed's deviation, newest at the right.
+    scrollCurve.setColour(ScrollCurve::backgroundColourId, juce::Colours::transparentBlack);
+    scrollCurve.addCurve({ScrollCurve::line, -0.4f, 0.4f, juce::Colour(0xFF369977), 2.0f});
+
+    magneticDisplayButton.onClick = [this] { updateResponseDisplay(); };
+    responseDisplayButton.onClick = [this] { updateResponseDisplay(); };
+    updateResponseDisplay();
+}
+
+void FluxDeckEditor::updateResponseDisplay()
+{
+    magneticWaveformDisplay.setVisible(magneticDisplayButton.getToggleState());
+    recordResponseDisplay.setVisible(responseDisplayButton.getToggleState());
+}
+
+std::unique_ptr<ElementParameterValue<bool>> FluxDeckEditor::switchView(const char* parameter,
+                                                                        juce::Component& section,
+                                                                        std::initializer_list<juce::Component*> dimmedOnly)
+{
+    std::vector<juce::Component*> pictures(dimmedOnly);
     return std::make_unique<ElementParameterValue<bool>>(SimpleElementView::proxy, effectPath(),
-                                                         parameterIdByName(parameter), [&section](bool on) {
+                                                         parameterIdByName(parameter), [&section, pictures](bool on) {
                                                              section.setEnabled(on);
                                                              section.setAlpha(on ? 1.0f : 0.5f);
+                                                             for (juce::Component* picture : pictures)
+                                                                 picture->setAlpha(on ? 1.0f : 0.5f);
                                                          });
 }
 
 void FluxDeckEditor::elementChanged(const String&)
 {
     stopTimer();
+    monitor.reset();
     processor = dynamic_cast<FluxDeckProcessor*>(getElement());
     if (processor != nullptr)
+    {
+        monitor = processor->getMonitor();
         startTimer(20);
+    }
 }
 
 void FluxDeckEditor::advance()
 {
-    if (processor == nullptr || !processor->isPrepared() || !reelRunning)
+    if (processor == nullptr || !processor->isPrepared())
+        return;
+    drainMonitor();
+    if (!reelRunning)
         return;
     const double frame = std::fmod(double(reelTime), 179.0);
     reelLeft.setValue(frame, juce::sendNotificationAsync);
@@ -124,6 +174,19 @@ void FluxDeckEditor::advance()
     const float speed = processor->floatParameter(FluxDeckProcessor::ids().speed);
     // At 10^Speed = 2 the reels move one frame a tick, 50 frames a second.
     reelTime += float(std::pow(10.0, double(speed)) * double(0.1f)) * 5.0f;
+}
+
+void FluxDeckEditor::drainMonitor()
+{
+    const auto count = static_cast<std::uint32_t>(processor->sampleRate() * 0.01f);
+    if (monitor == nullptr || count == 0)
+        return;
+    traceScratch.resize(count, 0.0f);
+    while (monitor->available() >= count)
+    {
+        monitor->read(traceScratch.data(), count);
+        scrollCurve.addValue(0, *std::max_element(traceScratch.begin(), traceScratch.end()));
+    }
 }
 
 void FluxDeckEditor::mouseDown(const juce::MouseEvent& e)

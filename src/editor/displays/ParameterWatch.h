@@ -3,7 +3,7 @@
 // when any of them changes; the callback gets the watch itself, as it also runs
 // once from the constructor. Boolean parameters read as 0 or 1. Message thread only.
 
-#include "element/ElementView.h"
+#include "engine/ElementView.h"
 
 #include <functional>
 #include <initializer_list>

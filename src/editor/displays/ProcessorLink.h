@@ -4,7 +4,7 @@
 // and keeps only a weak reference, so a state load that replaces the element
 // never leaves a picture reading freed memory. Message thread only.
 
-#include "element/ElementView.h"
+#include "engine/ElementView.h"
 
 #include <functional>
 #include <memory>
