@@ -9,6 +9,7 @@ add_library(fluxdeck_host STATIC ${FLUXDECK_HOST_SOURCES})
 target_include_directories(fluxdeck_host PRIVATE ${PROJECT_SOURCE_DIR}/tools)
 target_compile_definitions(fluxdeck_host PRIVATE
   JUCE_PLUGINHOST_VST3=1
+  JUCE_PLUGINHOST_LV2=1
   JUCE_STANDALONE_APPLICATION=1
   JUCE_WEB_BROWSER=0
   JUCE_USE_CURL=0
@@ -44,5 +45,6 @@ file(GLOB FLUXDECK_RENDER_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/
 add_executable(flux-deck-render ${FLUXDECK_RENDER_SOURCES})
 target_link_libraries(flux-deck-render PRIVATE fluxdeck_host fluxdeck_warnings)
 target_compile_definitions(flux-deck-render PRIVATE
-  FLUXDECK_BUILT_VST3_MODULE="${FLUXDECK_BUILT_VST3_MODULE}")
+  FLUXDECK_BUILT_VST3_MODULE="${FLUXDECK_BUILT_VST3_MODULE}"
+  FLUXDECK_RESOURCE_ARCHIVE="${FLUXDECK_ARCHIVE_FILE}")
 add_dependencies(flux-deck-render FluxDeck_VST3)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the tests and the benchmarks need.
+# Installs every Debian package the build, the tests, the benchmarks and the package need.
 # Idempotent: when everything is present it only asks dpkg and returns.
 set -euo pipefail
 
@@ -11,6 +11,9 @@ packages=(
   clang libclang-rt-14-dev
   fonts-lato
   xvfb xauth
+  # LV2 checks (lv2ls, lv2info), WAV checks, the Debian package (dpkg-shlibdeps, file)
+  # and a real DAW for the session check (ardour7-lua; about 70 s to install)
+  lilv-utils sox dpkg-dev file ardour
 )
 
 missing=()

@@ -127,6 +127,9 @@ public:
     virtual bool loadXml(const tinyxml2::XMLElement* node, SaveOptions& options, int version);
     virtual void prepareChildren();
     virtual void finishLoading();
+    /** Called after a whole set of values was replaced at once (a preset), so that a
+        processor can start from them rather than glide into them. */
+    virtual void valuesReplaced() {}
 
     /** A prepared clone of mainState with pending parameters applied. */
     virtual std::unique_ptr<ElementState> createState(StatePool* pool);

@@ -2,6 +2,7 @@
 #include "element/ParameterMapper.h"
 #include "element/ParameterRegistry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <tinyxml2.h>
 
@@ -13,6 +14,14 @@ MidiState::MidiState()
 {
     for (size_t i = 0; i < curve.size(); ++i)
         curve[i] = (float) i / 127.0f;
+    controllers.fill(-1);
+    blockStart_.fill(-1);
+}
+
+void MidiState::beginBlock()
+{
+    blockStart_ = controllers;
+    changeCount_ = 0;
 }
 
 void MidiState::handle(const EngineEvent& e)
@@ -29,11 +38,30 @@ void MidiState::handle(const EngineEvent& e)
             break;
         case EventType::controller:
             if (e.data1 < 128)
-                controllers[e.data1] = (uint8_t) e.data2;
+            {
+                const auto value = (uint8_t) std::min<uint32_t>(e.data2, 127);
+                controllers[e.data1] = value;
+                if (changeCount_ < changes_.size())
+                    changes_[changeCount_++] = { e.sampleOffset, (uint8_t) e.data1, value };
+                lastController_.store((int) e.data1, std::memory_order_relaxed);
+                controllerMessages_.fetch_add(1, std::memory_order_release);
+            }
             break;
         default:
             break;
     }
+}
+
+int MidiState::controllerAt(uint32_t controller, uint32_t index) const
+{
+    if (controller >= controllerCount)
+        return -1;
+    const uint64_t at = (uint64_t) index * ProcessingElement::controlBlockSize;
+    int value = blockStart_[controller];
+    for (uint32_t i = 0; i < changeCount_ && changes_[i].offset <= at; ++i)
+        if (changes_[i].controller == controller)
+            value = changes_[i].value;
+    return value;
 }
 
 // ---- Engine -----------------------------------------------------------------------
@@ -230,6 +258,10 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
                 context.transport.flags = 1;
                 break;
             case EventType::controller:
+                // Transport buttons act when pressed (64 and up): their release, and a VST3
+                // host resending its controller stand-ins at 0, leave the transport alone.
+                if (e.data2 < 64)
+                    break;
                 if (e.data1 == 117)
                 {
                     emit(EventType::transportStop, e);
@@ -352,6 +384,7 @@ void Engine::handleEvents(RenderContext& context, EventList& events, uint32_t nu
     t.playing = playing_ ? 1 : 0;
 
     // 9.
+    midiState_.beginBlock();
     for (const EngineEvent& e : events)
         midiState_.handle(e);
 

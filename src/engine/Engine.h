@@ -5,6 +5,7 @@
 #include "engine/ProcessingElement.h"
 
 #include <array>
+#include <atomic>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -18,12 +19,28 @@ namespace oxa
 {
 class AutomationParameterInterface;
 
-/** Incoming notes and controllers; read only by instrument-layer modulation. */
+/** Incoming notes and controllers. Controllers are kept with their timing inside the
+    block, so that a learned controller moves its parameter at the right control block. */
 class MidiState
 {
 public:
+    static constexpr uint32_t controllerCount = 128;
+
     MidiState();
+    /** Starts a block: the values reached so far become the block's starting values. Audio thread. */
+    void beginBlock();
+    /** Events of one block in order of sample offset. Audio thread. */
     void handle(const EngineEvent& event);
+
+    /** 0..127: the controller's value for the control block that starts at sample
+        `index` * 32, counting the changes up to and including that sample; -1 while
+        the controller has never been received. Audio thread. */
+    int controllerAt(uint32_t controller, uint32_t index) const;
+
+    /** How many controller messages arrived so far, and the number of the last one; a
+        learning window on the message thread polls these. */
+    uint32_t controllerMessageCount() const { return controllerMessages_.load(std::memory_order_acquire); }
+    int lastController() const { return lastController_.load(std::memory_order_relaxed); }
 
     struct Record
     {
@@ -31,8 +48,22 @@ public:
         bool on = false;
     };
     std::array<Record, 128> notes {};
-    std::array<uint8_t, 128> controllers {};
+    std::array<int16_t, 128> controllers {}; // the latest value, -1 while never received
     std::array<float, 128> curve {};
+
+private:
+    struct Change
+    {
+        uint64_t offset;
+        uint8_t controller;
+        uint8_t value;
+    };
+    std::array<int16_t, 128> blockStart_ {};
+    // A block with more changes than this keeps their final values, not their timing.
+    std::array<Change, 256> changes_ {};
+    uint32_t changeCount_ = 0;
+    std::atomic<uint32_t> controllerMessages_ { 0 };
+    std::atomic<int> lastController_ { -1 };
 };
 
 class Engine : public ProcessingElement

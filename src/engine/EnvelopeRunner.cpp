@@ -77,19 +77,32 @@ public:
                 normalisedBase_ = std::clamp(d->unmap(owner_, base), 0.0f, 1.0f);
             }
         }
+        else if (info.kind() == ParameterKind::Int)
+        {
+            const auto* d = static_cast<const ParameterDescription<int>*>(info.description());
+            if (d->hasRange())
+            {
+                intMin_ = (float) d->min;
+                intSpan_ = (float) (d->max - d->min);
+            }
+        }
         multiplies_ = !envelope.offsetAdds();
     }
 
-    /** `edit` replaces the base when `hasEdit`; `mod` moves around it. */
-    float combine(bool hasEdit, float edit, float mod) const
+    /** `edit` (normalised) replaces the base when `hasEdit`; `mod` moves around it, or
+        for a multiplying parameter scales it (when `hasMod`). */
+    float combine(bool hasEdit, float edit, bool hasMod, float mod) const
     {
         if (ranged_ != nullptr && !multiplies_)
         {
             const float n = (hasEdit ? edit : normalisedBase_) + mod;
             return ranged_->map(owner_, std::clamp(n, 0.0f, 1.0f));
         }
+        // A list parameter set outright spreads 0..1 over its entries.
+        if (hasEdit && intSpan_ > 0.0f)
+            edit = intMin_ + std::clamp(edit, 0.0f, 1.0f) * intSpan_;
         const float start = hasEdit ? edit : base_;
-        float v = multiplies_ ? start * (1.0f + mod) : start + mod;
+        float v = multiplies_ ? (hasMod ? start * mod : start) : start + mod;
         if (ranged_ != nullptr)
             v = ranged_->clamp(v);
         return std::isfinite(v) ? v : base_;
@@ -100,6 +113,8 @@ private:
     const Element* owner_;
     const ParameterDescription<float>* ranged_ = nullptr;
     float normalisedBase_ = 0.0f;
+    float intMin_ = 0.0f;
+    float intSpan_ = 0.0f;
     bool multiplies_ = false;
 };
 
@@ -107,22 +122,27 @@ float blockValue(const ElementParamEnvelope& envelope, const ValueCombiner& comb
                  uint32_t index)
 {
     float edit = 0.0f, mod = 0.0f;
-    bool hasEdit = false;
+    bool hasEdit = false, hasMod = false;
     for (const auto& child : envelope.children())
     {
         const auto* connection = dynamic_cast<const SignalConnection*>(child.get());
         if (connection == nullptr || connection->isBypassed())
             continue;
-        const float c = connection->contribution(context, index);
+        float c = 0.0f;
+        if (!connection->valueAt(context, index, c))
+            continue; // nothing heard from the source yet: the parameter keeps its own value
         if (connection->isEdition())
         {
             edit += c;
             hasEdit = true;
         }
         else
+        {
             mod += c;
+            hasMod = true;
+        }
     }
-    return combiner.combine(hasEdit, edit, mod);
+    return combiner.combine(hasEdit, edit, hasMod, mod);
 }
 } // namespace
 

@@ -6,6 +6,8 @@
 #include "element/ElementParamEnvelope.h"
 #include "element/ParameterRegistry.h"
 #include "engine/ControlSignalSource.h"
+#include "engine/Engine.h"
+#include "engine/MidiControllers.h"
 
 #include <tinyxml2.h>
 
@@ -150,6 +152,7 @@ void SignalConnection::setInverted(bool v)
 void SignalConnection::setSource(String v)
 {
     source_ = v == legacyVelocitySource ? String(velocitySource) : v;
+    midiController_ = MidiControllers::controllerOfSource(source_);
     resolveSource();
     touchEnvelope();
 }
@@ -194,19 +197,39 @@ ControlSignalSource* SignalConnection::resolvedSource() const
     return sourceElement_.expired() ? nullptr : sourceRaw_;
 }
 
-float SignalConnection::contribution(RenderContext& context, uint32_t index) const
+bool SignalConnection::valueAt(RenderContext& context, uint32_t index, float& value) const
 {
-    ControlSignalSource* s = resolvedSource();
-    if (s == nullptr)
-        return 0.0f;
-    const ControlSignalSourceState* state = s->valuesFor(context);
-    float v = state != nullptr ? state->valueAt(index) : 0.0f;
+    float v = 0.0f;
+    if (midiController_ >= 0)
+    {
+        const ElementParamEnvelope* e = envelope();
+        Engine* root = e != nullptr && e->owner() != nullptr ? e->owner()->engine() : nullptr;
+        const int cc = root != nullptr ? root->midiState().controllerAt((uint32_t) midiController_, index) : -1;
+        if (cc < 0)
+            return false;
+        v = (float) cc / 127.0f;
+    }
+    else
+    {
+        ControlSignalSource* s = resolvedSource();
+        if (s == nullptr)
+            return false;
+        const ControlSignalSourceState* state = s->valuesFor(context);
+        v = state != nullptr ? state->valueAt(index) : 0.0f;
+    }
     if (const ControlSignalMapper* m = mapper())
         v = m->shape(v);
     v *= ratio_;
     if (inverted_)
         v = -v;
-    return std::isfinite(v) ? v : 0.0f;
+    value = std::isfinite(v) ? v : 0.0f;
+    return true;
+}
+
+float SignalConnection::contribution(RenderContext& context, uint32_t index) const
+{
+    float v = 0.0f;
+    return valueAt(context, index, v) ? v : 0.0f;
 }
 
 void SignalConnection::saveXmlAttributes(tinyxml2::XMLElement* node, int& version)

@@ -52,8 +52,14 @@ public:
     /** The resolved source if it still lives. Audio thread safe. */
     ControlSignalSource* resolvedSource() const;
 
-    /** The source's value of control block `index`, shaped, scaled and signed.
-        0 for a source that cannot be found here (voice parameters among them). */
+    /** The MIDI controller named by a "@MIDI CC <n>" source, or -1. */
+    int midiController() const { return midiController_; }
+
+    /** The source's value of control block `index`, shaped, scaled and signed. False when
+        the source has nothing to say yet: a controller never received, or a source that
+        cannot be found here (voice parameters among them). */
+    bool valueAt(RenderContext& context, uint32_t index, float& value) const;
+    /** valueAt, with 0 for a source that has nothing to say. */
     float contribution(RenderContext& context, uint32_t index) const;
 
     void setParent(Element* parent) override;
@@ -81,6 +87,7 @@ private:
     String destination_;
     std::weak_ptr<Element> sourceElement_;
     ControlSignalSource* sourceRaw_ = nullptr;
+    int midiController_ = -1;
     KeptAttributes kept_;
 };
 } // namespace oxa

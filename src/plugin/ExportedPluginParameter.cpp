@@ -29,7 +29,8 @@ int intFromNormalised(float v, int min, int max)
 ExportedPluginParameter::ExportedPluginParameter(Plugin& owner, EngineProxy* proxy, unsigned slotIndex,
                                                  const String& defaultName)
     : SimpleElementView(proxy, String()),
-      juce::AudioProcessorParameter(1),
+      juce::AudioProcessorParameterWithID(juce::ParameterID(hostIdentifier(defaultName, slotIndex), 1),
+                                          juce::String::fromUTF8(defaultName.c_str())),
       plugin(owner),
       displayName(defaultName),
       defaultName(defaultName),
@@ -247,6 +248,16 @@ float ExportedPluginParameter::normalise(Element& e, const ParameterDescriptionB
         case ParameterKind::Bool: return e.pendingBoolParameter(pid) ? 1.0f : 0.0f;
         default: return 0.0f;
     }
+}
+
+juce::String ExportedPluginParameter::hostIdentifier(const String& defaultName, unsigned slotIndex)
+{
+    const auto identifier = juce::String::fromUTF8(defaultName.c_str())
+                                .retainCharacters("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789");
+    // An IRI's local name must not start with a digit.
+    if (identifier.isEmpty() || juce::CharacterFunctions::isDigit(identifier[0]))
+        return "p" + juce::String(slotIndex) + identifier;
+    return identifier;
 }
 
 float ExportedPluginParameter::getValue() const

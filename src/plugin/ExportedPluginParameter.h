@@ -18,7 +18,7 @@ class Plugin;
 class ExportedPluginParameter : public SimpleElementView,
                                 public Trackable,
                                 public juce::AsyncUpdater,
-                                public juce::AudioProcessorParameter
+                                public juce::AudioProcessorParameterWithID
 {
 public:
     ExportedPluginParameter(Plugin& owner, EngineProxy* proxy, unsigned slotIndex, const String& defaultName);
@@ -43,6 +43,10 @@ public:
 
     /** Fired when binding or kind change. */
     Signal<> changed;
+
+    /** The slot's identity for hosts that name parameters (LV2 writes it into its Turtle as
+        an IRI): the default name's letters and digits, "MagneticHardness". */
+    static juce::String hostIdentifier(const String& defaultName, unsigned slotIndex);
 
     // ---- juce::AudioProcessorParameter ----
     float getValue() const override;

@@ -1,6 +1,7 @@
 #include "plugin/FluxDeckPlugin.h"
 #include "resources/VolumeTable.h"
 #include "engine/SignalConnection.h"
+#include "engine/instrument/TestInstrument.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <cstring>
@@ -19,6 +20,11 @@ FluxDeckPlugin::FluxDeckPlugin()
 
     auto newEngine = std::make_shared<Engine>();
     latencyForwarder.connect(this, [this] { updateLatency(); });
+
+    // The standalone application has no track to sit on: a test voice ahead of the
+    // effect lets it be played from the keyboard. Plug-in hosts get the effect alone.
+    if (wrapperType == wrapperType_Standalone)
+        TestInstrument::addTo(*newEngine);
 
     auto processor = std::make_shared<FluxDeckProcessor>(String("FluxDeck"));
     newEngine->addElement(processor);

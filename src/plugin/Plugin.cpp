@@ -1,6 +1,7 @@
 #include "plugin/Plugin.h"
 #include "element/ParameterRegistry.h"
 #include "plugin/ExportedPluginParameter.h"
+#include "resources/UserFolders.h"
 
 #include <tinyxml2.h>
 
@@ -64,6 +65,11 @@ Plugin::Plugin(const PluginDefinition& def, const BusesProperties& buses)
         case wrapperType_Standalone: settingsKeyPath = settingsPath(def, "SOFTWARE\\%1\\%2\\SA"); break;
         default: break;
     }
+    if (!settingsKeyPath.empty())
+        settings = std::make_unique<SettingsStore>(String(settingsKeyPath));
+    productSettings(def.makerKey(), def.displayName()); // the key every instance shares
+    openUserFolders(def.makerKey(), def.displayName(), def.identifier(),
+                    juce::File::getSpecialLocation(juce::File::currentExecutableFile).getParentDirectory());
     events.reserve(1024);
     bypassParameter = std::make_unique<juce::AudioParameterBool>("bypass", "Bypass", false);
     if (juce::MessageManager::getInstanceWithoutCreating() != nullptr)

@@ -10,6 +10,7 @@
 #include "plugin/HostReaderGate.h"
 #include "plugin/LatencyBypass.h"
 #include "plugin/PluginDefinition.h"
+#include "resources/SettingsStore.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -124,6 +125,8 @@ public:
     static constexpr uint32_t idleAfterMilliseconds = 50;
 
     static int liveInstances() { return liveCount.load(); }
+    /** The wrapper's settings key ("SOFTWARE\\<maker>\\<product>\\VST3"), or null. */
+    SettingsStore* settingsKey() const { return settings.get(); }
 
     // ---- host state chunk ----
     /** The document held in a state chunk, or an empty one when the chunk holds none. */
@@ -177,6 +180,7 @@ protected:
     uint32_t auxScratchChannels = 0;
     uint32_t auxScratchBlockSize = 0;
     std::string settingsKeyPath;
+    std::unique_ptr<SettingsStore> settings; // the wrapper's own key; none for unknown wrappers
     std::shared_ptr<tinyxml2::XMLDocument> pendingState;
     juce::CriticalSection pendingStateLock; // the pointer only; taken briefly from any thread
     bool layoutChanged = true;

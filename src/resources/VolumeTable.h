@@ -1,6 +1,7 @@
 #pragma once
 // The table of mounted volumes. One process-wide instance (VFSHolder) serves
 // every Path; separate tables exist only for tests.
+#include "resources/Favorites.h"
 #include "resources/Volume.h"
 
 #include <juce_core/juce_core.h>
@@ -46,7 +47,11 @@ public:
     void addListener(Listener* listener);
     void removeListener(Listener* listener);
 
+    // The user's favourite places, kept beside the volumes they lie in.
+    FavoriteTable& favorites() { return favorites_; }
+
 private:
+    FavoriteTable favorites_;
     std::map<std::string, std::unique_ptr<Volume>> volumes_;
     std::vector<std::unique_ptr<VolumeCreator>> creators_;
     juce::CriticalSection lock_;

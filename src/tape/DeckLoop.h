@@ -5,6 +5,7 @@
 // renderer includes this.
 
 #include "tape/LfoWaveform.h"
+#include "tape/TapeCeiling.h"
 #include "tape/TapeDeck.h"
 #include "tape/TapeTanh.h"
 
@@ -59,12 +60,14 @@ public:
           s(d.sampleCounter),
           writeIndex(d.sampleCounter % d.ringLength),
           inputGain(d.inputGain),
+          inputGliding(d.inputGainRamp.isMoving()),
           recordOn(d.recordHead.on != 0),
           feedbackGain(d.feedback * d.feedbackCompensation),
-          driveGain(d.drive),
+          driveGain(d.logDriveRamp.isMoving() ? glidingDrive(d.logDriveRamp, d.logDriveRamp.position - 1) : d.drive),
           noiseGain(d.noiseGain),
           share(LfoMode ? 0.5 : outputShare),
-          ramping(d.makeupRamp.isMoving()),
+          driveGliding(d.logDriveRamp.isMoving()),
+          ramping(driveGliding || d.makeupRamp.isMoving()),
           makeup(d.makeupRamp.value()),
           lfoIncrement(static_cast<float>(d.lfoRate / d.sampleRate)),
           lfoTime(d.lfoPhaseAccumulator),
@@ -81,6 +84,11 @@ public:
     inline double beforeHead(float input, float* deviation) noexcept
     {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
+        if (inputGliding)
+        {
+            inputGain = deck.inputGainRamp.value();
+            deck.inputGainRamp.advance(1);
+        }
         inRing[writeIndex] = input * inputGain;
         // Dropouts stand on the tape; their generator runs in any case.
         const double dropout = deck.demagnetisation.gainAt(s);
@@ -103,17 +111,30 @@ public:
             *deviation = deck.transport.deviationAt(offset);
 
         // The feedback head's read of the input tape has weight 0 and is left out.
-        const double forwardDelay = forwardSlope * offset + forwardBase - 1.0;
+        const double forwardDelay = forwardSlope * offset + forwardBase;
         double r = TapeHead::readAt(inRing, ringLength, writeIndex, forwardDelay);
         if (feedbackGain != 0.0)
         {
-            const double feedbackDelay = feedbackSlope * offset + feedbackBase - 1.0;
+            const double feedbackDelay = feedbackSlope * offset + feedbackBase;
             r += feedbackGain * TapeHead::readAt(outRing, ringLength, writeIndex, feedbackDelay);
         }
 
-        const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
-        if (ramping)
+        if (driveGliding)
+        {
+            // The makeup is that of the drive of this very sample: a linear glide of its
+            // own would let the level through the saturator swell mid-way.
+            const double previous = driveGain;
+            driveGain = glidingDrive(deck.logDriveRamp, deck.logDriveRamp.position);
+            makeup = RecordHead::makeupGain(driveGain, deck.recordHead.a, deck.recordHead.k);
+            // The head's memory holds the field at the drive it was recorded with; carried
+            // over to the new drive, a glide down does not release it as a thump.
+            deck.recordHead.rescaleField(driveGain / previous);
+        }
+        else if (ramping)
+        {
             makeup = deck.makeupRamp.value();
+        }
+        const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
         return encodeStage<Encoder>(deck, saturated);
     }
@@ -122,13 +143,18 @@ public:
     // deck's share of the output.
     inline float afterHead(double fromHead) noexcept
     {
-        double v = decodeStage<Decoder>(deck, fromHead);
-        v = deck.playbackFilters.process(v);
-        v /= makeup;
+        // The makeup comes off before the playback filters: they are linear, so a settled
+        // level is the same either way, but their memory then holds the signal at the level
+        // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
+        double v = decodeStage<Decoder>(deck, fromHead) / makeup;
+        v = TapeCeiling::apply(deck.playbackFilters.process(v));
         outRing[writeIndex] = v;
 
         if (ramping)
+        {
             deck.makeupRamp.advance(1);
+            deck.logDriveRamp.advance(1);
+        }
         ++s;
         if (++writeIndex == ringLength)
             writeIndex = 0;
@@ -152,6 +178,17 @@ public:
     }
 
 private:
+    // The drive at a position of its glide: an S-curve in decibels, so that the glide
+    // starts and ends without a corner the head's memory would answer with a thump. A
+    // block starts from the drive of the sample before, so the head's rescaling never
+    // skips a step.
+    static double glidingDrive(const LinearRamp& logDrive, std::int32_t position) noexcept
+    {
+        const double t = static_cast<double>(position < 0 ? 0 : position) / static_cast<double>(logDrive.length);
+        const double shaped = t * t * (3.0 - 2.0 * t);
+        return std::exp(logDrive.from + (logDrive.to - logDrive.from) * shaped);
+    }
+
     double flangePhaseAt(float t) const noexcept
     {
         return (waveform(t) * normaliser + 1.0f) * 0.5f;
@@ -186,11 +223,13 @@ private:
     std::uint64_t s;
     std::uint64_t writeIndex;
     double inputGain;
+    bool inputGliding;
     bool recordOn;
     double feedbackGain;
     double driveGain;
     double noiseGain;
     double share;
+    bool driveGliding;
     bool ramping;
     double makeup;
     float lfoIncrement;

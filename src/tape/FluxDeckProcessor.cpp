@@ -216,7 +216,18 @@ bool FluxDeckProcessor::loadXmlAttributes(const tinyxml2::XMLElement* node, int 
         && node->QueryFloatAttribute("RelativeDelay", &manualPosition) == tinyxml2::XML_SUCCESS
         && std::isfinite(manualPosition))
         setFloatParameter(ids().relativeDelay, std::clamp(manualPosition, -1.0f, 1.0f));
+    valuesReplaced();
     return loaded;
+}
+
+void FluxDeckProcessor::valuesReplaced()
+{
+    // With the host standing still nobody hears a step, and the next play should start
+    // at the loaded gains rather than glide into them.
+    if (!hostPlaying.load(std::memory_order_relaxed))
+        for (ElementState* state : {mainState(), secondState()})
+            if (auto* s = dynamic_cast<State*>(state))
+                s->jumpToTargetsAtNextBlock();
 }
 
 void FluxDeckProcessor::prepareToRender()
@@ -265,6 +276,7 @@ void FluxDeckProcessor::processAudio(RenderContext& context, ElementState* state
     host.tempo = context.transport.tempo;
     host.playing = context.transport.playing == 1;
     host.positionBeats = context.transport.position;
+    hostPlaying.store(host.playing, std::memory_order_relaxed);
 
     float* speedScratch = context.arena1.allocateSamples(numSamples);
     float* dryScratch = context.arena1.allocateSamples(numSamples);

@@ -42,6 +42,7 @@ public:
     uint32_t mapParameterId(uint32_t id) const override;
     void saveXmlAttributes(tinyxml2::XMLElement* node, int& version) override;
     bool loadXmlAttributes(const tinyxml2::XMLElement* node, int version) override;
+    void valuesReplaced() override;
     void prepareToRender() override;
     void setBus(uint32_t index, AudioBus* bus) override;
 
@@ -165,6 +166,7 @@ private:
 
     std::atomic<float> hostTempo_{120.0f};
     std::atomic<bool> syncToHost_{false};
+    std::atomic<bool> hostPlaying{false}; // as the last block saw it
     std::size_t firstOwnParameter = 0;
 
     std::mutex monitorCreation; // message thread only

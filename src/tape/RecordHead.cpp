@@ -23,6 +23,16 @@ inline double anhysteretic(double m, double a) noexcept
 }
 } // namespace
 
+void RecordHead::rescaleField(double factor) noexcept
+{
+    // One Newton step on G(M') = factor * G(M): enough for the small steps of a glide.
+    const double m = magnetisation;
+    const double slope = a - 0.855722502 + 3.0 * 0.0899112184 * m * m;
+    if (slope > 1e-12)
+        magnetisation = m + (factor - 1.0) * anhysteretic(m, a) / slope;
+    step *= factor;
+}
+
 void RecordHead::prepare(double newSampleRate)
 {
     sampleRate = newSampleRate;

@@ -42,6 +42,11 @@ struct RecordHead
 
     double process(double h) noexcept;
 
+    // Moves the magnetisation so that the field it stands in balance with scales by
+    // factor (close to 1: one step of a gain glide). The head's memory then reads as if
+    // it had been recorded at the new gain all along, exactly so for small signals.
+    void rescaleField(double factor) noexcept;
+
     // Two heads (the decks of a channel) side by side: the same arithmetic as
     // process() on each, with the two Newton solves run in one loop so that
     // the processor overlaps them. hFirst and hSecond are replaced by the outputs.

@@ -1,6 +1,7 @@
 #include "tape/TapeDeck.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace oxa
 {
@@ -26,7 +27,6 @@ void TapeDeck::prepare(double newSampleRate)
     demagnetisation.prepare(newSampleRate);
     sampleRate = newSampleRate;
     updateCompensation();
-    makeupRamp.set(static_cast<float>(makeupTarget));
 
     // Two seconds of tape.
     ringLength = static_cast<std::uint64_t>(2.0 * newSampleRate);
@@ -76,8 +76,42 @@ void TapeDeck::reset() noexcept
     transport.restart();
     // A replay starts the sweep where the last one started and at full level.
     lfoPhaseAccumulator = 0.0f;
-    makeupRamp.set(static_cast<float>(makeupTarget));
+    jumpToTargets();
     demagnetisation.reset();
+}
+
+void TapeDeck::followTargets() noexcept
+{
+    const auto makeup = static_cast<float>(makeupTarget);
+    const float logDrive = logOfDrive(drive);
+    const auto length = static_cast<std::int32_t>(sampleRate * 0.1);
+    if (logDrive != logDriveRamp.to)
+    {
+        // While the drive glides, the render takes the makeup of each sample's drive;
+        // the makeup glide waits at its end.
+        logDriveRamp.rampTo(logDrive, length);
+        makeupRamp.set(makeup);
+    }
+    else if (makeup != makeupRamp.to)
+    {
+        makeupRamp.rampTo(makeup, length);
+    }
+    const auto gain = static_cast<float>(inputGain);
+    if (gain != inputGainRamp.to)
+        inputGainRamp.rampTo(gain, static_cast<std::int32_t>(sampleRate * gainGlideSeconds));
+}
+
+void TapeDeck::jumpToTargets() noexcept
+{
+    makeupRamp.set(static_cast<float>(makeupTarget));
+    logDriveRamp.set(logOfDrive(drive));
+    inputGainRamp.set(static_cast<float>(inputGain));
+}
+
+float TapeDeck::logOfDrive(double linearDrive) noexcept
+{
+    // A drive of nothing glides from far below, not from minus infinity.
+    return static_cast<float>(std::log(std::max(linearDrive, 1e-6)));
 }
 
 void TapeDeck::setRecordHardness(double a) noexcept
@@ -100,11 +134,10 @@ void TapeDeck::setDrive(double linearDrive) noexcept
 
 void TapeDeck::recalculateMakeup() noexcept
 {
+    // The render starts the glide; a deck that has never been prepared has nothing to glide from.
     makeupTarget = RecordHead::makeupGain(drive, recordHead.a, recordHead.k);
-    if (sampleRate > 0.0)
-        makeupRamp.rampTo(static_cast<float>(makeupTarget), static_cast<std::int32_t>(sampleRate * 0.1));
-    else
-        makeupRamp.set(static_cast<float>(makeupTarget));
+    if (sampleRate <= 0.0)
+        jumpToTargets();
 }
 
 void TapeDeck::setTapeSpeed(double newSpeed) noexcept

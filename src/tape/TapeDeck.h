@@ -25,6 +25,8 @@ struct TapeDeck
 {
     static constexpr int forwardHead = 0;
     static constexpr int feedbackHeadIndex = 1;
+    // Gains glide this long to a new value, so that automation and knob moves do not zipper.
+    static constexpr double gainGlideSeconds = 0.02;
 
     RecordHead recordHead;
     PlaybackFilterChain playbackFilters;
@@ -62,6 +64,12 @@ struct TapeDeck
     float LFOSwing = 0.0f;
     LinearRamp makeupRamp;
     double makeupTarget = 1.0;
+    // The natural logarithm of the drive the saturator applies; drive is its target. It
+    // glides evenly in decibels, so that it nears a low drive gently and the tape's
+    // magnetisation can follow it down without a thump.
+    LinearRamp logDriveRamp;
+    // The input gain the tape is recorded with; inputGain is its target.
+    LinearRamp inputGainRamp;
     std::uint8_t compensationOn = 1;
     float feedbackCompensation = 1.0f;
     double noiseGain = 0.0001; // linear hiss level
@@ -76,8 +84,17 @@ struct TapeDeck
     // Blank tape, heads, transport and LFO at their start, shared random seeds.
     void reset() noexcept;
 
+    // ---- render support: the glides are the audio thread's own ----
+    // Sets every glide moving towards what the setters last wrote: the drive (with the
+    // makeup of each of its steps) or the makeup alone over a tenth of a second, the
+    // input gain over 20 ms.
+    void followTargets() noexcept;
+    // Puts every glide at its target at once.
+    void jumpToTargets() noexcept;
+    static float logOfDrive(double linearDrive) noexcept;
+
     // ---- setter support: writes with side effects ----
-    // Hardness a, resistance k and drive all move the makeup gain.
+    // Hardness a, resistance k and drive all move the makeup target.
     void setRecordHardness(double a) noexcept;
     void setRecordResistance(double k) noexcept;
     void setDrive(double linearDrive) noexcept;

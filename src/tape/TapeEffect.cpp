@@ -131,6 +131,55 @@ void TapeEffectState::reset() noexcept
     for (DelayLine& line : dryDelays)
         line.clear();
     reseed();
+    jumpRequest.raise();
+}
+
+void TapeEffectState::startGlides() noexcept
+{
+    const float wetTarget = mix * outputGain * outputPad;
+    const float dryTarget = 1.0f - mix;
+    if (jumpRequest.take())
+    {
+        wetGain.set(wetTarget);
+        dryGain.set(dryTarget);
+        forEachDeck([](TapeDeck& deck) { deck.jumpToTargets(); });
+        return;
+    }
+    const auto glide = static_cast<std::int32_t>(sampleRate * TapeDeck::gainGlideSeconds);
+    if (wetTarget != wetGain.to)
+        wetGain.rampTo(wetTarget, glide);
+    if (dryTarget != dryGain.to)
+        dryGain.rampTo(dryTarget, glide);
+    forEachDeck([](TapeDeck& deck) { deck.followTargets(); });
+}
+
+void TapeEffectState::applyGains(float* x, const float* dry, std::uint32_t n) const noexcept
+{
+    if (!wetGain.isMoving() && !dryGain.isMoving())
+    {
+        const float wet = wetGain.to;
+        const float dryShare = dryGain.to;
+        if (wet == 0.0f && dryShare == 1.0f)
+        {
+            std::copy_n(dry, n, x);
+            return;
+        }
+        for (std::uint32_t k = 0; k < n; ++k)
+            x[k] *= wet;
+        if (dryShare != 0.0f)
+            for (std::uint32_t k = 0; k < n; ++k)
+                x[k] += dry[k] * dryShare;
+        return;
+    }
+    // Every channel takes the same stretch of the glides.
+    LinearRamp wet = wetGain;
+    LinearRamp dryShare = dryGain;
+    for (std::uint32_t k = 0; k < n; ++k)
+    {
+        x[k] = x[k] * wet.value() + dry[k] * dryShare.value();
+        wet.advance(1);
+        dryShare.advance(1);
+    }
 }
 
 void TapeEffectState::reseed() noexcept
@@ -171,11 +220,10 @@ float TapeEffectState::render(float* const* channelData, std::uint32_t channelCo
     if (active == 0 || n == 0 || maxBlock == 0)
         return channels.empty() ? 0.0f : static_cast<float>(channels[0].decks[1].flangePhase * 2.0 - 1.0);
 
+    startGlides();
     const auto dryDelay = static_cast<double>(latency * static_cast<float>(sampleRate));
     const ChannelRunner run = pickLoop(channels[0].flangeMode, channels[0].decks[0].encoderType,
                                        channels[0].decks[0].decoderType);
-    const float wetGain = mix * outputGain * outputPad;
-    const float dryGain = 1.0f - mix;
 
     for (std::uint32_t done = 0; done < n;)
     {
@@ -191,18 +239,10 @@ float TapeEffectState::render(float* const* channelData, std::uint32_t channelCo
             line.advance(count);
 
             run(channels[c], x, count, speedScratch + done);
-
-            if (mix == 0.0f)
-            {
-                std::copy_n(dry, count, x);
-                continue;
-            }
-            for (std::uint32_t k = 0; k < count; ++k)
-                x[k] *= wetGain;
-            if (dryGain != 0.0f)
-                for (std::uint32_t k = 0; k < count; ++k)
-                    x[k] += dry[k] * dryGain;
+            applyGains(x, dry, count);
         }
+        wetGain.advance(static_cast<std::int32_t>(count));
+        dryGain.advance(static_cast<std::int32_t>(count));
         done += count;
     }
     return static_cast<float>(channels[0].decks[1].flangePhase * 2.0 - 1.0);

@@ -1,15 +1,40 @@
 #pragma once
 
 #include "tape/DelayLine.h"
+#include "tape/LinearRamp.h"
 #include "tape/SeedSequence.h"
 #include "tape/TapeChannel.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace oxa
 {
+
+// Raised on any thread, taken once by the render: the next block puts every gain
+// glide at its target instead of gliding there.
+class JumpRequest
+{
+public:
+    JumpRequest() = default;
+    JumpRequest(const JumpRequest& other) noexcept : raised(other.raised.load()) {}
+    JumpRequest& operator=(const JumpRequest& other) noexcept
+    {
+        raised.store(other.raised.load());
+        return *this;
+    }
+
+    void raise() noexcept { raised.store(true, std::memory_order_release); }
+    bool take() noexcept
+    {
+        return raised.load(std::memory_order_relaxed) && raised.exchange(false, std::memory_order_acq_rel);
+    }
+
+private:
+    std::atomic<bool> raised{true};
+};
 
 // What the render needs to know of the host for one block.
 struct TapeHostInfo
@@ -43,6 +68,11 @@ struct TapeEffectState
     double sampleRate = 0.0;
     std::uint32_t maxBlock = 0;
     SeedSequence seeds;
+    // The gains the block applies, gliding towards mix * outputGain * outputPad and
+    // 1 - mix; only the render moves them.
+    LinearRamp wetGain;
+    LinearRamp dryGain;
+    JumpRequest jumpRequest;
 
     static constexpr float normalLatency = 0.06f;
     static constexpr float lowLatencyValue = 0.01f;
@@ -55,8 +85,12 @@ struct TapeEffectState
     // After prepare: adds channels (prepared, with the first one's settings) or drops
     // them, and starts every channel from blank tape. Not for the audio thread.
     void setChannelCount(std::uint32_t channelCount);
-    // Blank tapes and dry lines; the noise and drift seeds start over.
+    // Blank tapes and dry lines; the noise and drift seeds start over. The next block
+    // takes every gain at its target.
     void reset() noexcept;
+    // A state or preset loaded while the host stands still: the next block jumps to the
+    // new gains rather than gliding. Any thread.
+    void jumpToTargetsAtNextBlock() noexcept { jumpRequest.raise(); }
     std::unique_ptr<TapeEffectState> clone() const { return std::make_unique<TapeEffectState>(*this); }
 
     // Renders one block in place. channelData holds channelCount pointers to n
@@ -97,6 +131,12 @@ struct TapeEffectState
     void setRelativeDelay(double value) noexcept;
     void setTapeSpeed(double speed) noexcept;
     void setFeedbackDelay(double seconds) noexcept;
+
+private:
+    // Block start: the glides head for what the setters last wrote, or jump there.
+    void startGlides() noexcept;
+    // x = wet * x + dryShare * dry, with the glides' values of this stretch.
+    void applyGains(float* x, const float* dry, std::uint32_t n) const noexcept;
 };
 
 } // namespace oxa

@@ -34,10 +34,12 @@ struct TapeHead
     // entry of tick.
     void tick(std::uint64_t tick, const double* history, std::uint64_t historyLength) noexcept;
 
-    // Read position in samples behind the current one, offsetInTick 0..31.
+    // Read position in samples behind the current one, offsetInTick 0..31. A head whose
+    // tape passed in n ticks reads the sample written n * 32 samples ago, so that the
+    // forward head stays in time with a dry path delayed by the same nominal time.
     double delayInSamples(std::uint32_t offsetInTick) const noexcept
     {
-        return (currentDelay - previousDelay) * offsetInTick + (previousDelay + 1.0) * 32.0 - 1.0;
+        return (currentDelay - previousDelay) * offsetInTick + (previousDelay + 1.0) * 32.0;
     }
 
     // Linear interpolation from ring (ringLength entries) at the delay of
@@ -51,6 +53,11 @@ struct TapeHead
     static double readAt(const double* ring, std::uint64_t ringLength, std::uint64_t writeIndex,
                          double delaySamples) noexcept
     {
+        // A head that walked the whole history (blank tape after a reset) would otherwise
+        // wrap round to the sample being written; it reads the oldest pair at most.
+        const auto deepest = static_cast<double>(ringLength - 2);
+        if (delaySamples > deepest)
+            delaySamples = deepest;
         const auto whole = static_cast<std::int64_t>(delaySamples); // delays are never negative
         const double fraction = delaySamples - static_cast<double>(whole);
         const auto n = static_cast<std::int64_t>(ringLength);

@@ -106,7 +106,8 @@ TEST(HostedBundle, ExportsTheFortyFiveParametersInHostOrder)
     for (int i = 0; i < kCount; ++i)
         EXPECT_TRUE(plugin->getParameters()[i]->isAutomatable()) << names[i];
 
-    // After the list the wrapper adds only its own bypass.
+    // Of what the wrapper adds after the list, only its bypass is automatable (the rest
+    // stand in for MIDI controllers).
     EXPECT_EQ(effectParameters(*plugin).size(), kCount);
     ASSERT_EQ(names.size(), kCount + 1) << names.joinIntoString(" | ", kCount);
     EXPECT_EQ(plugin->getParameters()[kCount], plugin->getBypassParameter());

@@ -71,6 +71,33 @@ inline void settle(juce::AudioPluginInstance& plugin, OfflineRenderer& renderer)
     juce::AudioBuffer<float> silence(plugin.getMainBusNumInputChannels(), 256);
     silence.clear();
     renderer.render(silence, 0);
-    PluginHost::pumpMessages(30);
+    PluginHost::pumpMessages(200);
+}
+
+/** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */
+inline juce::MemoryBlock withComponentChunk(const juce::MemoryBlock& hostState, const juce::MemoryBlock& chunk)
+{
+    auto xml = juce::AudioProcessor::getXmlFromBinary(hostState.getData(), (int) hostState.getSize());
+    juce::MemoryBlock result;
+    if (xml == nullptr)
+        return result;
+
+    if (auto* component = xml->getChildByName("IComponent"))
+    {
+        component->deleteAllTextElements();
+        component->addTextElement(chunk.toBase64Encoding());
+    }
+
+    juce::AudioProcessor::copyXmlToBinary(*xml, result);
+    return result;
+}
+
+inline juce::MemoryBlock componentChunkOf(const juce::MemoryBlock& hostState)
+{
+    juce::MemoryBlock chunk;
+    if (auto xml = juce::AudioProcessor::getXmlFromBinary(hostState.getData(), (int) hostState.getSize()))
+        if (auto* component = xml->getChildByName("IComponent"))
+            chunk.fromBase64Encoding(component->getAllSubText());
+    return chunk;
 }
 } // namespace oxa::host::testing

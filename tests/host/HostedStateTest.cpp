@@ -76,32 +76,6 @@ void expectSameValues(const std::vector<float>& actual, const std::vector<float>
         EXPECT_EQ(actual[i], expected[i]) << when << ", parameter " << i;
 }
 
-/** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */
-juce::MemoryBlock withComponentChunk(const juce::MemoryBlock& hostState, const juce::MemoryBlock& chunk)
-{
-    auto xml = juce::AudioProcessor::getXmlFromBinary(hostState.getData(), (int) hostState.getSize());
-    juce::MemoryBlock result;
-    if (xml == nullptr)
-        return result;
-
-    if (auto* component = xml->getChildByName("IComponent"))
-    {
-        component->deleteAllTextElements();
-        component->addTextElement(chunk.toBase64Encoding());
-    }
-
-    juce::AudioProcessor::copyXmlToBinary(*xml, result);
-    return result;
-}
-
-juce::MemoryBlock componentChunkOf(const juce::MemoryBlock& hostState)
-{
-    juce::MemoryBlock chunk;
-    if (auto xml = juce::AudioProcessor::getXmlFromBinary(hostState.getData(), (int) hostState.getSize()))
-        if (auto* component = xml->getChildByName("IComponent"))
-            chunk.fromBase64Encoding(component->getAllSubText());
-    return chunk;
-}
 } // namespace
 
 TEST(HostedState, RoundTripRestoresEveryParameter)

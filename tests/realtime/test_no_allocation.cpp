@@ -2,7 +2,10 @@
 // function and every blocking lock function of the program is replaced by a counting
 // one, armed only on the audio thread around a block (with the host's parameter
 // writes the wrapper makes on that thread before it).
+#include "engine/MidiLearn.h"
 #include "plugin/FluxDeckPlugin.h"
+#include "support/ScopedWrapperType.h"
+#include "tape/FluxDeckProcessor.h"
 
 #include <gtest/gtest.h>
 
@@ -189,4 +192,39 @@ TEST(AudioThread, NeitherHostWritesNorABlockTakeABlockingLock)
     }
     EXPECT_EQ(locks, 0);
     EXPECT_EQ(heap, 0);
+}
+
+TEST(AudioThread, StandaloneVoiceAndLearnedControllersNeitherAllocateNorLock)
+{
+    std::unique_ptr<FluxDeckPlugin> plugin;
+    {
+        test::ScopedWrapperType standalone(juce::AudioProcessor::wrapperType_Standalone);
+        plugin = std::make_unique<FluxDeckPlugin>();
+    }
+    const auto& ids = FluxDeckProcessor::ids();
+    const std::pair<uint32_t, int> learned[] = {{ids.mix, 1}, {ids.delay, 74}, {ids.flangeMode, 20}, {ids.phaseInvert, 64}};
+    for (auto [id, controller] : learned)
+        ASSERT_TRUE(MidiLearn(*plugin->getProxy(), oxa::String("/FluxDeck"), id).bind(controller));
+    plugin->prepareToPlay(48000.0, 512);
+
+    juce::AudioBuffer<float> buffer(2, 512);
+    juce::MidiBuffer midi;
+    midi.ensureSize(4096);
+    long counted = 0;
+    for (int b = 0; b < 200; ++b)
+    {
+        buffer.clear();
+        midi.clear();
+        const int key = 48 + b % 24;
+        midi.addEvent(juce::MidiMessage::noteOn(1, key, (uint8_t) 100), b % 300);
+        midi.addEvent(juce::MidiMessage::noteOn(1, key, (uint8_t) 0), 400); // velocity 0: released
+        for (int controller : {1, 74, 20, 64})
+            midi.addEvent(juce::MidiMessage::controllerEvent(1, controller, (b * 7 + controller) % 128), b % 512);
+        LocksArmed lockGuard;
+        Armed guard;
+        plugin->processBlock(buffer, midi);
+        counted += allocations.load() + blockingLocks.load();
+    }
+    EXPECT_EQ(counted, 0) << "allocations and blocking locks";
+    EXPECT_GT(buffer.getMagnitude(0, 0, 512), 0.0f) << "the voice played";
 }

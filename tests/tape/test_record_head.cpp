@@ -166,11 +166,15 @@ TEST(RecordHead, MakeupGainFollowsDriveAndResistance)
     // Soft tape at high resistance lowers the exponent to 0.6.
     EXPECT_NEAR(RecordHead::makeupGain(100.0, 1.0, 100000.0), std::pow(std::tanh(1.0) * 100.0, 0.6), 1e-9);
 
+    // The setter leaves the target; the render glides there in a tenth of a second, the
+    // makeup riding on the drive.
     TapeDeck deck;
     deck.prepare(48000.0);
     deck.setDrive(100.0);
-    EXPECT_TRUE(deck.makeupRamp.isMoving());
-    EXPECT_EQ(deck.makeupRamp.length, 4800);
+    EXPECT_FALSE(deck.logDriveRamp.isMoving());
+    deck.followTargets();
+    EXPECT_EQ(deck.logDriveRamp.length, 4800);
+    EXPECT_NEAR(deck.logDriveRamp.to, std::log(100.0), 1e-6);
     EXPECT_NEAR(deck.makeupRamp.to, std::tanh(1.0) * 100.0, 1e-4);
     deck.setRecordResistance(100000.0);
     EXPECT_NEAR(deck.makeupTarget, std::pow(std::tanh(1.0) * 100.0, 0.6), 1e-9);

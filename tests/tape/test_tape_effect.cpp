@@ -86,7 +86,7 @@ TEST(TapeEffect, DryMixIsTheInputDelayedBitForBit)
         }
 }
 
-// Stages off, the wet path is the saturated input one sample ahead of the dry; a coincident or
+// Stages off, the wet path is the saturated input in time with the dry; a coincident or
 // silent second deck leaves it alone, an inverted coincident one cancels it exactly.
 TEST(TapeEffect, AllStagesOffIsTheSaturatedInputOrItsCancellation)
 {
@@ -110,7 +110,7 @@ TEST(TapeEffect, AllStagesOffIsTheSaturatedInputOrItsCancellation)
             if (setup == invertedCoincident)
                 ASSERT_EQ(out[0][n], 0.0f) << n;
             else
-                ASSERT_NEAR(out[0][n], std::tanh(x[n - 2645] * 0.01) * 100.0, 5e-5) << n << " setup " << setup;
+                ASSERT_NEAR(out[0][n], std::tanh(x[n - 2646] * 0.01) * 100.0, 5e-5) << n << " setup " << setup;
         }
     }
 }
@@ -204,7 +204,7 @@ TEST(TapeEffect, LfoSweepsTheFlangeAndReportsItsPosition)
     float hostTempo = 120.0f;
     std::vector<float> x(480, 0.1f), speed(480), dry(480);
     float low = 2.0f, high = -2.0f;
-    double shortest = 1.0, longest = 0.0;
+    double shortest = 1e9, longest = 0.0;
     for (int block = 0; block < 300; ++block)
     {
         float* channel = x.data();
@@ -215,7 +215,10 @@ TEST(TapeEffect, LfoSweepsTheFlangeAndReportsItsPosition)
             low = std::min(low, position);
             high = std::max(high, position);
             const TapeDeck& second = state.channels[0].decks[1];
-            const double delay = (second.heads[0].currentDelay + 1.0) * 32.0 / 48000.0;
+            const double delay = second.heads[0].delayInSamples(0);
+            // The first deck reads at the dry path's time, so the second passes it where
+            // the relative delay crosses zero.
+            ASSERT_NEAR(state.channels[0].decks[0].heads[0].delayInSamples(0), 0.06 * 48000.0, 1e-3);
             shortest = std::min(shortest, delay);
             longest = std::max(longest, delay);
         }
@@ -223,8 +226,8 @@ TEST(TapeEffect, LfoSweepsTheFlangeAndReportsItsPosition)
     EXPECT_LT(low, -0.95f);
     EXPECT_GT(high, 0.95f);
     // Default depth of 5 ms around the 60 ms latency.
-    EXPECT_NEAR(shortest, 0.055, 4e-4);
-    EXPECT_NEAR(longest, 0.065, 4e-4);
+    EXPECT_NEAR(shortest, 0.055 * 48000.0, 20.0);
+    EXPECT_NEAR(longest, 0.065 * 48000.0, 20.0);
 }
 
 TEST(TapeEffect, HostTransportSyncsTheLfo)

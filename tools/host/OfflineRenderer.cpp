@@ -7,7 +7,17 @@ namespace oxa::host
 namespace
 {
 constexpr int kLatencySettleMs = 20;
+constexpr int kDeliveryBlock = 32;
+constexpr int kDeliveryMs = 20;
+constexpr int kMostDeliverySlices = 50;
+constexpr int kQuietSlices = 3; // a timer-driven answer may miss one slice on a busy machine
+
+bool isLv2(juce::AudioProcessor& plugin)
+{
+    auto* instance = dynamic_cast<juce::AudioPluginInstance*>(&plugin);
+    return instance != nullptr && instance->getPluginDescription().pluginFormatName == "LV2";
 }
+} // namespace
 
 OfflineRenderer::OfflineRenderer(juce::AudioProcessor& pluginToRun, int maximumBlockSize)
     : plugin(pluginToRun), blockSize(juce::jmax(1, maximumBlockSize))
@@ -50,10 +60,44 @@ juce::String OfflineRenderer::prepare(double rate, int inputChannels)
     plugin.setRateAndBufferSizeDetails(rate, blockSize);
     plugin.prepareToPlay(rate, blockSize);
 
+    // An LV2 plug-in reports its latency through an output port, which the host reads
+    // after a run: one short block tells it, and a second activation starts from rest.
+    if (isLv2(plugin))
+    {
+        deliverPendingChanges();
+        plugin.releaseResources();
+        plugin.prepareToPlay(rate, blockSize);
+    }
+
     // The plug-in learns its latency while being activated and reports it back through
     // the message thread; let that arrive before anyone reads it.
     PluginHost::pumpMessages(kLatencySettleMs);
     return {};
+}
+
+void OfflineRenderer::deliverPendingChanges()
+{
+    juce::AudioBuffer<float> silence(juce::jmax(1, inputCount), juce::jmin(kDeliveryBlock, blockSize));
+    silence.clear();
+    render(silence, 0);
+
+    // The plug-in's answers (a write's side effects on other parameters) come back through
+    // the message thread; on a busy machine one slice may not be enough, so wait until the
+    // values stand still.
+    const auto snapshot = [this] {
+        juce::Array<float> values;
+        for (auto* parameter : plugin.getParameters())
+            values.add(parameter->getValue());
+        return values;
+    };
+    auto before = snapshot();
+    for (int slice = 0, quiet = 0; slice < kMostDeliverySlices && quiet < kQuietSlices; ++slice)
+    {
+        PluginHost::pumpMessages(kDeliveryMs);
+        auto after = snapshot();
+        quiet = after == before ? quiet + 1 : 0;
+        before = std::move(after);
+    }
 }
 
 juce::AudioBuffer<float> OfflineRenderer::render(const juce::AudioBuffer<float>& input, int extraSamples,

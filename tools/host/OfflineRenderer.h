@@ -37,6 +37,11 @@ public:
 
     const RenderStats& stats() const noexcept { return lastStats; }
 
+    /** Runs one short block of silence and the message thread, so that parameter writes
+        made since the last block reach the plug-in, with their follow-ups, before the
+        next write. Call after prepare. */
+    void deliverPendingChanges();
+
 private:
     bool tryLayout(const juce::AudioChannelSet& in, const juce::AudioChannelSet& out);
 

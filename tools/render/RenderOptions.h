@@ -18,7 +18,12 @@ struct RenderOptions
     int blockSize = 512;
     double seconds = 0.0;     // 0: the whole input, or 6 s of demo
     int bitsPerSample = 32;
+    juce::String spectrogramPath; // empty: no picture
+    bool analyze = false;
     bool listParameters = false;
+    bool listPresets = false;
+    juce::String presetName;     // a factory preset's name or a file, applied before --set
+    juce::String tapePresetName; // the same for the tape bank, applied after the full preset
     bool showHelp = false;
     std::vector<host::ParameterSetting> settings;
 };

@@ -1,10 +1,14 @@
 // The processor inside an engine: dry path latency, the live values for the
 // editor, and the monitoring ring itself.
 #include "engine/Engine.h"
+#include "resources/VolumeTable.h"
+#include "resources/presets/PresetBank.h"
 #include "tape/FluxDeckProcessor.h"
 #include "tape/SignalMonitoringFIFO.h"
 
 #include <gtest/gtest.h>
+#include <juce_core/juce_core.h>
+#include <tinyxml2.h>
 
 #include <cmath>
 #include <vector>
@@ -99,6 +103,40 @@ TEST(ProcessorRender, WetOutputStaysFiniteAndFeedsTheEditor)
     const float position = rig.processor->flangePosition.load();
     EXPECT_GE(position, -1.0f);
     EXPECT_LE(position, 1.0f);
+}
+
+// A state or preset loaded while the host plays glides to its gains; one loaded while the
+// host stands still takes them at once.
+TEST(ProcessorRender, LoadedGainsJumpOnlyWhileTheHostStandsStill)
+{
+    EngineRig rig;
+    rig.render(512);
+    const auto& state = *static_cast<const FluxDeckProcessor::State*>(rig.processor->mainState());
+    tinyxml2::XMLDocument document;
+    tinyxml2::XMLElement* node = document.NewElement("FluxDeck");
+    ensureDefaultVolumes();
+    FullPresetBank presets;
+    presets.bind(rig.processor);
+    juce::TemporaryFile file(".fxps");
+    float mix = 0.2f;
+    for (bool asPreset : {false, true})
+        for (bool playing : {true, false})
+        {
+            rig.context.transport.playing = playing ? 1 : 0;
+            rig.render(512);
+            node->SetAttribute("Mix", mix);
+            if (asPreset)
+            {
+                file.getFile().replaceWithText("<ModulePreset>\n    <FluxDeck Mix=\"" + juce::String(mix) + "\"/>\n</ModulePreset>\n");
+                ASSERT_TRUE(presets.loadPreset(Path(file.getFile().getFullPathName())));
+            }
+            else
+                rig.processor->loadXmlAttributes(node, FluxDeckProcessor::currentVersion);
+            rig.render(64);
+            EXPECT_EQ(state.dryGain.isMoving(), playing) << asPreset;
+            EXPECT_EQ(state.dryGain.to, 1.0f - mix) << asPreset;
+            mix = mix > 0.5f ? 0.2f : 0.6f;
+        }
 }
 
 TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLags)

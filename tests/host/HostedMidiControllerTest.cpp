@@ -1,0 +1,154 @@
+// MIDI controllers sent by a VST3 host: they reach the plug-in through the wrapper's
+// controller stand-ins, move a learned parameter at 32-sample control blocks, and
+// drive the engine's transport.
+
+#include "HostedPluginSupport.h"
+
+namespace oxa::host::testing
+{
+namespace
+{
+constexpr double kRate = 48000.0;
+constexpr int kBlock = 512;
+
+/** The engine's XML inside a state chunk of the plug-in ("OXA4", version, length, zlib). */
+std::unique_ptr<juce::XmlElement> engineXmlOf(const juce::MemoryBlock& chunk)
+{
+    if (chunk.getSize() < 12)
+        return nullptr;
+    juce::MemoryInputStream raw(static_cast<const char*>(chunk.getData()) + 12, chunk.getSize() - 12, false);
+    juce::GZIPDecompressorInputStream inflated(raw);
+    return juce::parseXML(inflated.readEntireStreamAsString());
+}
+
+juce::MemoryBlock chunkOf(const juce::XmlElement& xml)
+{
+    const auto text = xml.toString(juce::XmlElement::TextFormat().withoutHeader()).toStdString();
+    juce::MemoryOutputStream out;
+    out.write("OXA4", 4);
+    out.writeInt(1);
+    out.writeInt((int) text.size());
+    {
+        juce::GZIPCompressorOutputStream deflater(out);
+        deflater.write(text.data(), text.size());
+    }
+    return out.getMemoryBlock();
+}
+
+/** The state a performer leaves after binding controller `number` to `parameter` of the
+    effect: set outright ("Edition") over the parameter's range. */
+juce::MemoryBlock stateWithLearnedController(juce::AudioPluginInstance& plugin, int number, const char* parameter)
+{
+    juce::MemoryBlock hostState;
+    plugin.getStateInformation(hostState);
+    auto xml = engineXmlOf(componentChunkOf(hostState));
+    auto* engine = xml != nullptr ? xml->getChildByName("Engine") : nullptr;
+    auto* effect = engine != nullptr ? engine->getChildByName("FluxDeck") : nullptr;
+    if (effect == nullptr)
+        return {};
+    auto* connections = new juce::XmlElement("Connections");
+    auto* connection = connections->createNewChildElement("SignalConnection");
+    connection->setAttribute("Name", "SignalConnection 0");
+    connection->setAttribute("ModulationSource", "@MIDI CC " + juce::String(number));
+    connection->setAttribute("ModulationDestination", parameter);
+    connection->setAttribute("ModulationRatio", 1);
+    connection->setAttribute("Mode", "Edition");
+    effect->prependChildElement(connections);
+    return withComponentChunk(hostState, chunkOf(*xml));
+}
+
+struct HostedRig
+{
+    HostedRig()
+    {
+        plugin = loadBuiltPlugin(kRate, kBlock);
+        if (plugin != nullptr)
+        {
+            renderer = std::make_unique<OfflineRenderer>(*plugin, kBlock);
+            EXPECT_EQ(renderer->prepare(kRate, 2), "");
+        }
+    }
+
+    /** One host block of noise with the given controller messages. */
+    juce::AudioBuffer<float> block(std::initializer_list<std::pair<int, int>> numbersAndValues, int offset = 0,
+                                   int channel = 1)
+    {
+        auto buffer = makeNoise(2, kBlock, ++seed);
+        juce::MidiBuffer midi;
+        for (auto [number, value] : numbersAndValues)
+            midi.addEvent(juce::MidiMessage::controllerEvent(channel, number, value), offset);
+        plugin->processBlock(buffer, midi);
+        return buffer;
+    }
+
+    bool engineIsPlaying()
+    {
+        juce::MemoryBlock hostState;
+        plugin->getStateInformation(hostState);
+        auto xml = engineXmlOf(componentChunkOf(hostState));
+        auto* engine = xml != nullptr ? xml->getChildByName("Engine") : nullptr;
+        return engine != nullptr && engine->getIntAttribute("Playing") != 0;
+    }
+
+    std::unique_ptr<juce::AudioPluginInstance> plugin;
+    std::unique_ptr<OfflineRenderer> renderer;
+    juce::int64 seed = 0;
+};
+
+float peak(const juce::AudioBuffer<float>& buffer, int start, int length)
+{
+    return buffer.getMagnitude(0, start, length);
+}
+} // namespace
+
+TEST(HostedMidiControllers, HostSeesOnlyTheEffectsParametersAsAutomatable)
+{
+    auto plugin = loadBuiltPlugin(kRate, kBlock);
+    ASSERT_NE(plugin, nullptr);
+    int automatable = 0;
+    for (auto* parameter : plugin->getParameters())
+        automatable += parameter->isAutomatable() ? 1 : 0;
+    EXPECT_EQ(automatable, 46) << "the 45 and the bypass";
+    EXPECT_EQ(effectParameters(*plugin).size(), 45);
+    EXPECT_GT(plugin->getParameters().size(), 46) << "the controller stand-ins are there, hidden from automation";
+}
+
+TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
+{
+    HostedRig rig;
+    ASSERT_NE(rig.plugin, nullptr);
+    const auto learned = stateWithLearnedController(*rig.plugin, 74, "OutputGain");
+    ASSERT_GT(learned.getSize(), 0u);
+    rig.plugin->setStateInformation(learned.getData(), (int) learned.getSize());
+    settle(*rig.plugin, *rig.renderer);
+    // JUCE's VST3 hosting turns a controller into a change of the stand-in parameter, at
+    // the start of the block and only when its value moves. Past the latency the wet
+    // signal is there; the controller then sets the output gain outright: 127 is +40 dB,
+    // 0 is -40 dB, from the first control block of the block it arrives in.
+    // (Whatever the stand-in held before, 64 then 127 are both changes.)
+    rig.block({ { 74, 64 } });
+    for (int i = 0; i < 8; ++i)
+        rig.block({ { 74, 127 } });
+    const auto loud = rig.block({});
+    const auto quiet = rig.block({ { 74, 0 } });
+    ASSERT_GT(peak(quiet, 0, kBlock), 0.0f);
+    EXPECT_GT(peak(loud, 0, kBlock), 1000.0f * peak(quiet, 0, kBlock));
+    EXPECT_GT(peak(loud, 0, 32), 1000.0f * peak(quiet, 0, 32)) << "the first control block moved too";
+
+    // Another controller leaves it alone.
+    const auto other = rig.block({ { 75, 127 } });
+    EXPECT_LT(peak(other, 0, kBlock), 10.0f * peak(quiet, 0, kBlock));
+}
+
+TEST(HostedMidiControllers, TransportControllersStartAndStopTheEngine)
+{
+    HostedRig rig;
+    ASSERT_NE(rig.plugin, nullptr);
+    rig.block({});
+    EXPECT_FALSE(rig.engineIsPlaying());
+    rig.block({ { 118, 127 } }); // start, stop or leave recording
+    EXPECT_TRUE(rig.engineIsPlaying());
+    rig.block({ { 117, 127 } }); // stop and back to the start
+    EXPECT_FALSE(rig.engineIsPlaying());
+}
+} // namespace oxa::host::testing
