@@ -117,6 +117,13 @@ ElementSignals& Element::signals()
     return *existing;
 }
 
+void Element::prepareParameterSignals()
+{
+    ElementSignals& s = signals();
+    s.parameterChanged.prepareBody();
+    s.parameterChangedAsync.prepareBody();
+}
+
 ElementExtras& Element::extras()
 {
     if (!extras_)

@@ -245,6 +245,9 @@ public:
 
     /** Created on first use; an element nobody listens to never has them. */
     ElementSignals& signals();
+    /** Makes the parameter signals before other threads can reach the element, so that
+        their notifications never race the making. */
+    void prepareParameterSignals();
     bool hasSignals() const { return signals_.load() != nullptr; }
     ElementExtras& extras();
 

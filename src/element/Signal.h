@@ -377,6 +377,9 @@ public:
         keep->fire(args...);
     }
 
+    /** Makes the body now: threads that fire or post later then only ever read it. */
+    void prepareBody() { makeBody(); }
+
     bool hasSlots() const { return body_ && body_->liveSlotCount() > 0; }
     std::size_t slotCount() const { return body_ ? body_->liveSlotCount() : 0; }
 

@@ -2,6 +2,7 @@
 // Parsing runs on the host's thread; replacing the engine runs on the message thread.
 #include "element/ElementFactory.h"
 #include "element/ElementPersistence.h"
+#include "plugin/ExportedPluginParameter.h"
 #include "plugin/Plugin.h"
 
 #include <cstring>
@@ -178,6 +179,10 @@ void Plugin::applyState(const std::shared_ptr<tinyxml2::XMLDocument>& document, 
             options.documentFolder = Path(basePath.str());
         loaded->loadXml(top, options, currentDocumentVersion);
         loaded->finishLoading();
+        // host threads reach the new tree before the interface side connects to it
+        for (ExportedPluginParameter* p : slots)
+            if (Element* target = p->targetPath().isEmpty() ? nullptr : loaded->findElement(p->targetPath()))
+                target->prepareParameterSignals();
 
         const juce::ScopedLock render(renderLock_); // the audio thread passes blocks dry meanwhile
         retiredEngines.push_back(std::move(engine)); // views on the message thread still look at it
