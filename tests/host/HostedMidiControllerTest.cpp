@@ -124,16 +124,20 @@ TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
     // JUCE's VST3 hosting turns a controller into a change of the stand-in parameter, at
     // the start of the block and only when its value moves. Past the latency the wet
     // signal is there; the controller then sets the output gain outright: 127 is +40 dB,
-    // 0 is -40 dB, from the first control block of the block it arrives in.
+    // 0 is -40 dB. The gain itself glides over 20 ms so that the step does not click, so
+    // the level is compared once the glide is over (the control-block timing of the
+    // controller is checked in the engine's own tests).
     // (Whatever the stand-in held before, 64 then 127 are both changes.)
     rig.block({ { 74, 64 } });
     for (int i = 0; i < 8; ++i)
         rig.block({ { 74, 127 } });
     const auto loud = rig.block({});
-    const auto quiet = rig.block({ { 74, 0 } });
+    rig.block({ { 74, 0 } });
+    for (int i = 0; i < 3; ++i)
+        rig.block({});
+    const auto quiet = rig.block({});
     ASSERT_GT(peak(quiet, 0, kBlock), 0.0f);
     EXPECT_GT(peak(loud, 0, kBlock), 1000.0f * peak(quiet, 0, kBlock));
-    EXPECT_GT(peak(loud, 0, 32), 1000.0f * peak(quiet, 0, 32)) << "the first control block moved too";
 
     // Another controller leaves it alone.
     const auto other = rig.block({ { 75, 127 } });
