@@ -6,8 +6,11 @@ cd "$(dirname "$0")/.."
 seconds="${1:-60}"
 build="${2:-build-fuzz}"
 
+# Images drawn by the Release build are reused rather than drawn again here.
+predrawn=()
+[ -f build/drawn_assets/drawn.stamp ] && predrawn=(-DFLUXDECK_PREDRAWN_ASSETS="$PWD/build/drawn_assets")
 CC=clang CXX=clang++ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DFLUXDECK_FUZZ=ON -DFLUXDECK_TOOLS=OFF -DFLUXDECK_BENCH=OFF
+  -DFLUXDECK_FUZZ=ON -DFLUXDECK_TOOLS=OFF -DFLUXDECK_BENCH=OFF "${predrawn[@]}"
 cmake --build "$build" --target fluxdeck_state_fuzzer -j"$(nproc)"
 
 corpus="$build/fuzz-corpus"
