@@ -71,10 +71,10 @@ void ParamButton::mouseDown(const juce::MouseEvent& e)
 {
     if (e.mods.isRightButtonDown())
     {
+        // Never a press: a right click must not toggle. With the flags clear, the
+        // widget's mouse listeners still hear it and show their menu.
         const bool alt = e.mods.isAltDown();
-        if (!openSettingsOnRightClick && !openSettingsOnAltRightClick)
-            Button::mouseDown(e); // a listener of the widget shows its menu
-        else if (alt ? openSettingsOnAltRightClick : openSettingsOnRightClick)
+        if (alt ? openSettingsOnAltRightClick : openSettingsOnRightClick)
             SimpleEditionSettingsPanel::open(*this, getProxy(), getElementPath(), resolvedId(), alt);
         return;
     }
