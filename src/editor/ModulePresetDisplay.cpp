@@ -1,5 +1,6 @@
 #include "editor/ModulePresetDisplay.h"
 
+#include "editor/BoundPanel.h"
 #include "editor/FluxDeckLookAndFeel.h"
 #include "resources/Volume.h"
 
@@ -106,7 +107,7 @@ ModulePresetDisplay::ModulePresetDisplay(EngineProxy* proxy)
 
 ModulePresetDisplay::ModulePresetDisplay(EngineProxy* proxy, std::unique_ptr<PresetBank> presetBank,
                                          const layout::Panel& panelTable, const NameStyle& style)
-    : SimpleElementView(proxy, String()), bank(std::move(presetBank)), table(panelTable),
+    : SimpleElementView(proxy, effectPath()), bank(std::move(presetBank)), table(panelTable),
       nameLabel(bank->propertyKey, style.showModifiedMark)
 {
     setName(table.name);
@@ -135,7 +136,7 @@ ModulePresetDisplay::ModulePresetDisplay(EngineProxy* proxy, std::unique_ptr<Pre
 
     // Hover shows the arrows: the bar hears the mouse over itself and all its children.
     addMouseListener(this, true);
-    watch(String("/FluxDeck"));
+    watch(effectPath());
     resized();
 }
 
