@@ -95,21 +95,54 @@ TEST_F(EditorTest, SettingsPanelShowsTitleBindingControllerListAndHostIndex)
     EXPECT_EQ(modulation.getTitle(), "MIDI Modulation: Tape Speed");
 }
 
-TEST_F(EditorTest, RightClickOnASectionKnobOpensOneSettingsPanel)
+juce::MouseEvent rightClick(juce::Component& target)
+{
+    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
+    const juce::Time now = juce::Time::getCurrentTime();
+    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre,
+                            juce::ModifierKeys::rightButtonModifier, juce::MouseInputSource::defaultPressure, 0.0f,
+                            0.0f, 0.0f, 0.0f, &target, &target, now, centre, now, 1, false);
+}
+
+TEST_F(EditorTest, RightClickOnOtherControlsOpensOneCentredSettingsPanelAtOnce)
 {
     ui->setExpanded(true);
-    ParamSlider* knob = ui->getEditor().getPlaybackSection().knob("Speed");
-    ASSERT_NE(knob, nullptr);
-    ASSERT_FALSE(SimpleEditionSettingsPanel::isAnyOpen());
-    SimpleEditionSettingsPanel* panel = SimpleEditionSettingsPanel::open(*knob, ui->getProxy(), String("/FluxDeck"),
-                                                                         knob->resolvedId());
-    ASSERT_NE(panel, nullptr);
-    EXPECT_EQ(panel->getParentComponent(), ui.get());
-    EXPECT_EQ(panel->getBounds().getCentre(), ui->getLocalBounds().getCentre());
-    EXPECT_EQ(SimpleEditionSettingsPanel::open(*knob, ui->getProxy(), String("/FluxDeck"), knob->resolvedId()),
-              nullptr);
-    panel->close();
+    FluxDeckEditor& main = ui->getEditor();
+    juce::Component* controls[] = {main.knob("OutputPad"), main.getPlaybackSection().knob("Speed"),
+                                   main.button("ApplyRecordHead")};
+    for (juce::Component* control : controls)
+    {
+        ASSERT_NE(control, nullptr);
+        SCOPED_TRACE(control->getName().toStdString());
+        ASSERT_FALSE(SimpleEditionSettingsPanel::isAnyOpen());
+        control->mouseDown(rightClick(*control));
+        control->mouseDown(rightClick(*control)); // one panel at a time
+        SimpleEditionSettingsPanel* panel = nullptr;
+        for (juce::Component* child : ui->getChildren())
+            if (auto* p = dynamic_cast<SimpleEditionSettingsPanel*>(child))
+            {
+                EXPECT_EQ(panel, nullptr);
+                panel = p;
+            }
+        ASSERT_NE(panel, nullptr);
+        EXPECT_EQ(panel->getBounds().getCentre(), ui->getLocalBounds().getCentre());
+        control->mouseUp(rightClick(*control));
+        panel->close();
+        pump();
+        EXPECT_FALSE(SimpleEditionSettingsPanel::isAnyOpen());
+    }
+}
+
+TEST_F(EditorTest, RightClickOnTheLockableSwitchLeavesItAsItIs)
+{
+    ParamButton* lowLatency = ui->getEditor().button("ApplyLowLatency");
+    ASSERT_NE(lowLatency, nullptr);
+    const uint32_t id = parameterIdByName("ApplyLowLatency");
+    const bool before = effect().boolParameter(id);
+    lowLatency->mouseDown(rightClick(*lowLatency));
+    lowLatency->mouseUp(rightClick(*lowLatency));
     pump();
-    EXPECT_FALSE(SimpleEditionSettingsPanel::isAnyOpen());
+    EXPECT_EQ(effect().boolParameter(id), before);
+    EXPECT_FALSE(SimpleEditionSettingsPanel::isAnyOpen()); // its menu is the panel's, not a settings panel
 }
 } // namespace
