@@ -10,28 +10,18 @@ constexpr double pi = 3.141592653589793;
 
 // Host values are normalised; every parameter used here maps its range linearly (Delay's
 // logarithmic mapping is only used at its end).
-struct Rig
+struct Rig : HostedInstance
 {
-    std::unique_ptr<juce::AudioPluginInstance> plugin;
-    std::unique_ptr<OfflineRenderer> renderer;
     double rate;
 
-    explicit Rig(double sampleRate = 48000.0) : rate(sampleRate)
-    {
-        plugin = loadBuiltPlugin(rate, 512);
-        if (plugin != nullptr)
-        {
-            renderer = std::make_unique<OfflineRenderer>(*plugin, 512);
-            EXPECT_EQ(renderer->prepare(rate, 2), "");
-        }
-    }
+    explicit Rig(double sampleRate = 48000.0) : HostedInstance(sampleRate, 512), rate(sampleRate) {}
 
     void set(const char* name, float normalised)
     {
         auto* parameter = findParameter(*plugin, name);
         ASSERT_NE(parameter, nullptr) << name;
         parameter->setValueNotifyingHost(normalised);
-        settle(*plugin, *renderer);
+        settle();
     }
 
     std::vector<float> render(const std::vector<float>& x)
