@@ -16,8 +16,9 @@ namespace oxa
 {
 
 // Noise reduction around the record head, by type: 0 none, 1 pre-emphasis,
-// 2 three-band, 3 sliding band.
-template <int Type>
+// 2 three-band, 3 sliding band. InLanes: the solvers try their two points per step
+// side by side (same result bit for bit; the plain form is the reference).
+template <int Type, bool InLanes>
 inline double encodeStage(TapeDeck& deck, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four encoder types");
@@ -26,26 +27,26 @@ inline double encodeStage(TapeDeck& deck, double h) noexcept
     else if constexpr (Type == 2)
         return deck.threeBand.encode(h);
     else if constexpr (Type == 3)
-        return deck.slidingBand.encode(h);
+        return InLanes ? deck.slidingBand.encodeInLanes(h) : deck.slidingBand.encode(h);
     else
         return h;
 }
 
-template <int Type>
+template <int Type, bool InLanes>
 inline double decodeStage(TapeDeck& deck, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four decoder types");
     if constexpr (Type == 1)
         return deck.preEmphasis.decode(h);
     else if constexpr (Type == 2)
-        return deck.threeBand.decode(h);
+        return InLanes ? deck.threeBand.decodeInLanes(h) : deck.threeBand.decode(h);
     else if constexpr (Type == 3)
-        return deck.slidingBand.decode(h);
+        return InLanes ? deck.slidingBand.decodeInLanes(h) : deck.slidingBand.decode(h);
     else
         return h;
 }
 
-template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck>
+template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck, bool InLanes>
 class DeckLoop
 {
 public:
@@ -136,7 +137,7 @@ public:
         }
         const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
-        return encodeStage<Encoder>(deck, saturated);
+        return encodeStage<Encoder, InLanes>(deck, saturated);
     }
 
     // Second half: decoder, playback response, makeup, tape out. Returns the
@@ -146,7 +147,7 @@ public:
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        double v = decodeStage<Decoder>(deck, fromHead) / makeup;
+        double v = decodeStage<Decoder, InLanes>(deck, fromHead) / makeup;
         v = TapeCeiling::apply(deck.playbackFilters.process(v));
         outRing[writeIndex] = v;
 

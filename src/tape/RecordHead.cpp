@@ -1,5 +1,7 @@
 #include "tape/RecordHead.h"
 
+#include "tape/Lanes.h"
+
 #include <cmath>
 #include <cstdlib>
 
@@ -12,14 +14,30 @@ constexpr float tanhfSaturation = 10.0f;
 constexpr int maxPasses = 10;
 constexpr double tolerance = 1e-6;
 
-inline double antiderivative(double m, double a) noexcept
+// Written for one double or for two in lanes: the arithmetic is the same, operation
+// for operation, so the lanes give the single head's result bit for bit.
+template <class T>
+inline T antiderivative(T m, T a) noexcept
 {
     return (0.0224778046 * m * m + a * 0.5 - 0.427861251) * m * m;
 }
 
-inline double anhysteretic(double m, double a) noexcept
+template <class T>
+inline T anhysteretic(T m, T a) noexcept
 {
     return (a - 0.855722502 + 0.0899112184 * m * m) * m;
+}
+
+// One Newton pass from x on  H = mean of G over the step + (fs / k) * step;
+// returns the new x and sets correction.
+template <class T>
+inline T newtonStep(T drivenH, T m0, T f0, T fsOverK, T a, T x, T& correction) noexcept
+{
+    const T s = m0 + x;
+    const T inverseStep = 1.0 / (x + 1e-16);
+    const T mean = (antiderivative(s, a) - f0) * inverseStep;
+    correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
+    return x - correction;
 }
 } // namespace
 
@@ -131,12 +149,7 @@ double RecordHead::withNoise(double h) noexcept
 inline double RecordHead::newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
                                      double& correction) const noexcept
 {
-    // Solves  H = mean of G over the step + (fs / k) * step.
-    const double s = m0 + x;
-    const double inverseStep = 1.0 / (x + 1e-16);
-    const double mean = (antiderivative(s, a) - f0) * inverseStep;
-    correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
-    return x - correction;
+    return newtonStep(drivenH, m0, f0, fsOverK, a, x, correction);
 }
 
 inline double RecordHead::commit(double x, double m0, double fsOverK) noexcept
@@ -195,6 +208,34 @@ void RecordHead::processPair(RecordHead& first, RecordHead& second, double& hFir
     }
     hFirst = first.commit(xFirst, m0First, fsOverKFirst);
     hSecond = second.commit(xSecond, m0Second, fsOverKSecond);
+}
+
+void RecordHead::processPairInLanes(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept
+{
+    if (!first.on || !second.on)
+    {
+        hFirst = first.process(hFirst);
+        hSecond = second.process(hSecond);
+        return;
+    }
+    const double drivenFirst = first.withNoise(hFirst);
+    const Lanes driven(drivenFirst, second.withNoise(hSecond));
+    const Lanes m0(first.magnetisation, second.magnetisation);
+    const Lanes a(first.a, second.a);
+    const Lanes f0 = antiderivative(m0, a);
+    const Lanes fsOverK = Lanes(first.sampleRate, second.sampleRate) / Lanes(first.k, second.k);
+    Lanes x(first.step, second.step);
+    LaneMask running = LaneMask::all();
+    for (int pass = 0; pass < maxPasses && running.any(); ++pass)
+    {
+        // A lane that has converged computes on but keeps its result, as in processPair.
+        Lanes correction;
+        const Lanes next = newtonStep(driven, m0, f0, fsOverK, a, x, correction);
+        x = select(running, next, x);
+        running = running && (abs(correction) > Lanes(tolerance));
+    }
+    hFirst = first.commit(x.first(), m0.first(), fsOverK.first());
+    hSecond = second.commit(x.second(), m0.second(), fsOverK.second());
 }
 
 } // namespace oxa

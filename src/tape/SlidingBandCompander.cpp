@@ -19,10 +19,11 @@ namespace
     constexpr int iterations = 2;
 
     // The corner of the sliding shelf from the sidechain level.
-    double slidingCorner (double e) noexcept
+    template <class T>
+    T slidingCorner (T e) noexcept
     {
-        const double r = (((89683.3046 * e - 310543.2) * e + 309734.797) * e - 22716.5427) * e + 1956.73632;
-        return std::min (r, maxCorner);
+        const T r = (((89683.3046 * e - 310543.2) * e + 309734.797) * e - 22716.5427) * e + 1956.73632;
+        return minWithLimit (r, T (maxCorner));
     }
 
     // Newton on u = g(u) with a forward-difference slope; the last value stands if the
@@ -63,10 +64,11 @@ void SlidingBandSidechain::clear() noexcept
     candidateU = candidateT = candidateI = candidateO = 0.0;
 }
 
-double SlidingBandSidechain::slidingStage (double levelOfT, double i) const noexcept
+template <class T>
+T SlidingBandSidechain::slidingStage (T levelOfT, T i) const noexcept
 {
-    const double a = slidingCorner (levelOfT);
-    ShelfCoefficients sliding;
+    const T a = slidingCorner (levelOfT);
+    BasicShelfCoefficients<T> sliding;
     sliding.design (a, slidingLift, sampleRate);
     return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
 }
@@ -90,6 +92,12 @@ void SlidingBandSidechain::evaluatePair (double u, double v, double iu, double i
     const double tv = (fixedStage.c0 * v + fixedHistory) / fixedStage.d0;
     ou = slidingStage (level.levelFor (tu), iu);
     ov = slidingStage (level.levelFor (tv), iv);
+}
+
+Lanes SlidingBandSidechain::evaluateInLanes (Lanes u, Lanes i) const noexcept
+{
+    const Lanes t = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    return slidingStage (level.levelFor (t), i);
 }
 
 void SlidingBandSidechain::commit() noexcept
@@ -121,12 +129,43 @@ void SlidingBandCompander::reset() noexcept
 
 double SlidingBandCompander::encode (double x) noexcept
 {
+    return encodeWith<false> (x);
+}
+
+double SlidingBandCompander::encodeInLanes (double x) noexcept
+{
+    return encodeWith<true> (x);
+}
+
+double SlidingBandCompander::decode (double v) noexcept
+{
+    return decodeWith<false> (v);
+}
+
+double SlidingBandCompander::decodeInLanes (double v) noexcept
+{
+    return decodeWith<true> (v);
+}
+
+template <bool InLanes>
+double SlidingBandCompander::encodeWith (double x) noexcept
+{
     if (! std::isfinite (x))
         return x;
 
     SlidingBandSidechain& side = encoder;
-    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb)
-                            { side.evaluatePair (a, b, x, x, ga, gb); });
+    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
+        if constexpr (InLanes)
+        {
+            const Lanes out = side.evaluateInLanes (Lanes (a, b), Lanes (x));
+            ga = out.first();
+            gb = out.second();
+        }
+        else
+        {
+            side.evaluatePair (a, b, x, x, ga, gb);
+        }
+    });
     side.solution = u;
     side.evaluate (u, x);
     const double y = x + side.getCurve().apply (u);
@@ -134,7 +173,8 @@ double SlidingBandCompander::encode (double x) noexcept
     return y;
 }
 
-double SlidingBandCompander::decode (double v) noexcept
+template <bool InLanes>
+double SlidingBandCompander::decodeWith (double v) noexcept
 {
     if (! std::isfinite (v))
         return v;
@@ -142,9 +182,19 @@ double SlidingBandCompander::decode (double v) noexcept
     SlidingBandSidechain& side = decoder;
     EnvelopeCurve& curve = side.getCurve();
     const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
-        double curvedA, curvedB;
-        curve.applyPair (a, b, curvedA, curvedB);
-        side.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
+        if constexpr (InLanes)
+        {
+            const Lanes candidates (a, b);
+            const Lanes out = side.evaluateInLanes (candidates, v - curve.applyInLanes (candidates));
+            ga = out.first();
+            gb = out.second();
+        }
+        else
+        {
+            double curvedA, curvedB;
+            curve.applyPair (a, b, curvedA, curvedB);
+            side.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
+        }
     });
     side.solution = u;
     const double y = v - curve.apply (u);

@@ -2,6 +2,7 @@
 
 #include "tape/Decibels.h"
 #include "tape/DeckLoop.h"
+#include "tape/Lanes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,8 +26,8 @@ void sanitise(float* x, std::uint32_t n) noexcept
 }
 
 // Both decks of a channel in one loop: their recursions are independent, so
-// the processor can overlap them.
-template <bool LfoMode, int Encoder, int Decoder>
+// the processor can overlap them. InLanes: the solvers work in SIMD lanes.
+template <bool LfoMode, int Encoder, int Decoder, bool InLanes>
 void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviation) noexcept
 {
     TapeDeck& first = channel.decks[0];
@@ -38,15 +39,18 @@ void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviatio
         firstShare = 1.0 - manualCrossfade(first.flangePhase, first.fade);
         secondShare = manualCrossfade(second.flangePhase, second.fade);
     }
-    DeckLoop<LfoMode, Encoder, Decoder, false> a(first, firstShare);
-    DeckLoop<LfoMode, Encoder, Decoder, true> b(second, secondShare);
+    DeckLoop<LfoMode, Encoder, Decoder, false, InLanes> a(first, firstShare);
+    DeckLoop<LfoMode, Encoder, Decoder, true, InLanes> b(second, secondShare);
     const float sign = channel.phaseInvert ? -1.0f : 1.0f;
     for (std::uint32_t k = 0; k < n; ++k)
     {
         const float input = x[k];
         double fromFirst = a.beforeHead(input, nullptr);
         double fromSecond = b.beforeHead(input, deviation + k);
-        RecordHead::processPair(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
+        if constexpr (InLanes)
+            RecordHead::processPairInLanes(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
+        else
+            RecordHead::processPair(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
         const float outFirst = a.afterHead(fromFirst);
         const float outSecond = b.afterHead(fromSecond);
         x[k] = outFirst + sign * outSecond; // sign flip is exact
@@ -57,45 +61,59 @@ void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviatio
 
 using ChannelRunner = void (*)(TapeChannel&, float*, std::uint32_t, float*) noexcept;
 
-template <bool LfoMode, int Encoder>
+template <bool LfoMode, int Encoder, bool InLanes>
 ChannelRunner pickDecoder(int decoder) noexcept
 {
     switch (decoder)
     {
-        case 1: return &runChannel<LfoMode, Encoder, 1>;
-        case 2: return &runChannel<LfoMode, Encoder, 2>;
-        case 3: return &runChannel<LfoMode, Encoder, 3>;
-        default: return &runChannel<LfoMode, Encoder, 0>;
+        case 1: return &runChannel<LfoMode, Encoder, 1, InLanes>;
+        case 2: return &runChannel<LfoMode, Encoder, 2, InLanes>;
+        case 3: return &runChannel<LfoMode, Encoder, 3, InLanes>;
+        default: return &runChannel<LfoMode, Encoder, 0, InLanes>;
     }
 }
 
-template <bool LfoMode>
+template <bool LfoMode, bool InLanes>
 ChannelRunner pickEncoder(int encoder, int decoder) noexcept
 {
     switch (encoder)
     {
-        case 1: return pickDecoder<LfoMode, 1>(decoder);
-        case 2: return pickDecoder<LfoMode, 2>(decoder);
-        case 3: return pickDecoder<LfoMode, 3>(decoder);
-        default: return pickDecoder<LfoMode, 0>(decoder);
+        case 1: return pickDecoder<LfoMode, 1, InLanes>(decoder);
+        case 2: return pickDecoder<LfoMode, 2, InLanes>(decoder);
+        case 3: return pickDecoder<LfoMode, 3, InLanes>(decoder);
+        default: return pickDecoder<LfoMode, 0, InLanes>(decoder);
     }
 }
 
-// One of 32 loops, chosen once per block from the first channel's settings
-// (the setters keep all channels alike).
-ChannelRunner pickLoop(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder) noexcept
+template <bool InLanes>
+ChannelRunner pickMode(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder) noexcept
 {
-    return flangeMode == TapeChannel::manualMode ? pickEncoder<false>(encoder, decoder)
-                                                  : pickEncoder<true>(encoder, decoder);
+    return flangeMode == TapeChannel::manualMode ? pickEncoder<false, InLanes>(encoder, decoder)
+                                                  : pickEncoder<true, InLanes>(encoder, decoder);
+}
+
+// One of 32 loops, chosen once per block from the first channel's settings
+// (the setters keep all channels alike), in the kernel chosen at prepare.
+ChannelRunner pickLoop(SolverKernel kernel, std::int32_t flangeMode, std::int32_t encoder,
+                       std::int32_t decoder) noexcept
+{
+    return kernel == SolverKernel::lanes ? pickMode<true>(flangeMode, encoder, decoder)
+                                         : pickMode<false>(flangeMode, encoder, decoder);
 }
 } // namespace
 
 TapeEffectState::TapeEffectState() : outputPad(dbToLinear(-1.0f)) {}
 
+SolverKernel TapeEffectState::bestSolverKernel() noexcept
+{
+    return Lanes::native ? SolverKernel::lanes : SolverKernel::reference;
+}
+
 void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, std::uint32_t channelCount)
 {
     sampleRate = newSampleRate;
     maxBlock = std::max<std::uint32_t>(maxBlockSize, 1);
+    kernel = bestSolverKernel();
     channels.resize(std::min<std::size_t>(channels.size(), channelCount));
     dryDelays.clear();
     for (TapeChannel& channel : channels)
@@ -222,7 +240,7 @@ float TapeEffectState::render(float* const* channelData, std::uint32_t channelCo
 
     startGlides();
     const auto dryDelay = static_cast<double>(latency * static_cast<float>(sampleRate));
-    const ChannelRunner run = pickLoop(channels[0].flangeMode, channels[0].decks[0].encoderType,
+    const ChannelRunner run = pickLoop(kernel, channels[0].flangeMode, channels[0].decks[0].encoderType,
                                        channels[0].decks[0].decoderType);
 
     for (std::uint32_t done = 0; done < n;)

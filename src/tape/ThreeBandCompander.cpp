@@ -109,6 +109,17 @@ double ThreeBandCompander::encode (double x) noexcept
 
 double ThreeBandCompander::decode (double v) noexcept
 {
+    return decodeWith<false> (v);
+}
+
+double ThreeBandCompander::decodeInLanes (double v) noexcept
+{
+    return decodeWith<true> (v);
+}
+
+template <bool InLanes>
+double ThreeBandCompander::decodeWith (double v) noexcept
+{
     if (! std::isfinite (v))
         return v;
 
@@ -116,7 +127,16 @@ double ThreeBandCompander::decode (double v) noexcept
     for (int i = 0; i < decoderIterations; ++i)
     {
         double at, beside;
-        decoder.forwardPair (y, y + step, at, beside);
+        if constexpr (InLanes)
+        {
+            const Lanes both = decoder.forwardInLanes (Lanes (y, y + step));
+            at = both.first();
+            beside = both.second();
+        }
+        else
+        {
+            decoder.forwardPair (y, y + step, at, beside);
+        }
         const double error = v - at;
         const double correction = error / ((v - beside - error) * 1e6 + 1e-16);
         y -= correction;
