@@ -46,6 +46,46 @@ inline double decodeStage(TapeDeck& deck, double h) noexcept
         return h;
 }
 
+// The same stages for the four decks of a stereo pair at once: the solvers of the
+// heavy types take their steps side by side.
+template <int Type>
+inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
+{
+    if constexpr (Type == 3)
+    {
+        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
+                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
+        SlidingBandCompander::encodeFourInLanes(companders, h);
+    }
+    else
+    {
+        for (int d = 0; d < 4; ++d)
+            h[d] = encodeStage<Type, true>(*decks[d], h[d]);
+    }
+}
+
+template <int Type>
+inline void decodeFour(TapeDeck* const* decks, double* h) noexcept
+{
+    if constexpr (Type == 2)
+    {
+        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
+                                                  &decks[3]->threeBand};
+        ThreeBandCompander::decodeFourInLanes(companders, h);
+    }
+    else if constexpr (Type == 3)
+    {
+        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
+                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
+        SlidingBandCompander::decodeFourInLanes(companders, h);
+    }
+    else
+    {
+        for (int d = 0; d < 4; ++d)
+            h[d] = decodeStage<Type, true>(*decks[d], h[d]);
+    }
+}
+
 template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck, bool InLanes>
 class DeckLoop
 {
@@ -83,6 +123,12 @@ public:
     // encoder. Returns what goes into the record head. deviation receives the
     // speed deviation for the monitor (second deck only).
     inline double beforeHead(float input, float* deviation) noexcept
+    {
+        return encodeStage<Encoder, InLanes>(deck, beforeEncoder(input, deviation));
+    }
+
+    // beforeHead() up to the encoder: returns what goes into it.
+    inline double beforeEncoder(float input, float* deviation) noexcept
     {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         if (inputGliding)
@@ -137,17 +183,23 @@ public:
         }
         const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
-        return encodeStage<Encoder, InLanes>(deck, saturated);
+        return saturated;
     }
 
     // Second half: decoder, playback response, makeup, tape out. Returns the
     // deck's share of the output.
     inline float afterHead(double fromHead) noexcept
     {
+        return afterDecoder(decodeStage<Decoder, InLanes>(deck, fromHead));
+    }
+
+    // afterHead() from what the decoder gave.
+    inline float afterDecoder(double decoded) noexcept
+    {
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        double v = decodeStage<Decoder, InLanes>(deck, fromHead) / makeup;
+        double v = decoded / makeup;
         v = TapeCeiling::apply(deck.playbackFilters.process(v));
         outRing[writeIndex] = v;
 
@@ -163,6 +215,7 @@ public:
     }
 
     RecordHead& recordHead() noexcept { return deck.recordHead; }
+    TapeDeck& tapeDeck() noexcept { return deck; }
 
     // Writes back what the loop kept in locals; samples is the count processed.
     void finish(int samples) noexcept

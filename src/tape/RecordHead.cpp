@@ -212,30 +212,68 @@ void RecordHead::processPair(RecordHead& first, RecordHead& second, double& hFir
 
 void RecordHead::processPairInLanes(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept
 {
-    if (!first.on || !second.on)
+    RecordHead* heads[] = {&first, &second};
+    double h[] = {hFirst, hSecond};
+    solvePairsInLanes<1>(heads, h);
+    hFirst = h[0];
+    hSecond = h[1];
+}
+
+void RecordHead::processFourInLanes(RecordHead* const* heads, double* h) noexcept
+{
+    solvePairsInLanes<2>(heads, h);
+}
+
+template <int Pairs>
+void RecordHead::solvePairsInLanes(RecordHead* const* heads, double* h) noexcept
+{
+    // A pair with a head switched off runs as processPair runs it: each head alone.
+    bool allOn = true;
+    for (int i = 0; i < 2 * Pairs; ++i)
+        allOn = allOn && heads[i]->on;
+    if (!allOn)
     {
-        hFirst = first.process(hFirst);
-        hSecond = second.process(hSecond);
+        for (int i = 0; i < 2 * Pairs; i += 2)
+            processPair(*heads[i], *heads[i + 1], h[i], h[i + 1]);
         return;
     }
-    const double drivenFirst = first.withNoise(hFirst);
-    const Lanes driven(drivenFirst, second.withNoise(hSecond));
-    const Lanes m0(first.magnetisation, second.magnetisation);
-    const Lanes a(first.a, second.a);
-    const Lanes f0 = antiderivative(m0, a);
-    const Lanes fsOverK = Lanes(first.sampleRate, second.sampleRate) / Lanes(first.k, second.k);
-    Lanes x(first.step, second.step);
-    LaneMask running = LaneMask::all();
-    for (int pass = 0; pass < maxPasses && running.any(); ++pass)
+    Lanes driven[Pairs], m0[Pairs], a[Pairs], f0[Pairs], fsOverK[Pairs], x[Pairs];
+    LaneMask running[Pairs];
+    for (int p = 0; p < Pairs; ++p)
     {
-        // A lane that has converged computes on but keeps its result, as in processPair.
-        Lanes correction;
-        const Lanes next = newtonStep(driven, m0, f0, fsOverK, a, x, correction);
-        x = select(running, next, x);
-        running = running && (abs(correction) > Lanes(tolerance));
+        RecordHead& first = *heads[2 * p];
+        RecordHead& second = *heads[2 * p + 1];
+        const double drivenFirst = first.withNoise(h[2 * p]);
+        driven[p] = Lanes(drivenFirst, second.withNoise(h[2 * p + 1]));
+        m0[p] = Lanes(first.magnetisation, second.magnetisation);
+        a[p] = Lanes(first.a, second.a);
+        f0[p] = antiderivative(m0[p], a[p]);
+        fsOverK[p] = Lanes(first.sampleRate, second.sampleRate) / Lanes(first.k, second.k);
+        x[p] = Lanes(first.step, second.step);
+        running[p] = LaneMask::all();
     }
-    hFirst = first.commit(x.first(), m0.first(), fsOverK.first());
-    hSecond = second.commit(x.second(), m0.second(), fsOverK.second());
+    // All pairs in one loop, so that several independent solves are in flight at once.
+    // A lane that has converged computes on but keeps its result, as in processPair.
+    for (int pass = 0; pass < maxPasses; ++pass)
+    {
+        bool any = false;
+        for (int p = 0; p < Pairs; ++p)
+            any = any || running[p].any();
+        if (!any)
+            break;
+        for (int p = 0; p < Pairs; ++p)
+        {
+            Lanes correction;
+            const Lanes next = newtonStep(driven[p], m0[p], f0[p], fsOverK[p], a[p], x[p], correction);
+            x[p] = select(running[p], next, x[p]);
+            running[p] = running[p] && (abs(correction) > Lanes(tolerance));
+        }
+    }
+    for (int p = 0; p < Pairs; ++p)
+    {
+        h[2 * p] = heads[2 * p]->commit(x[p].first(), m0[p].first(), fsOverK[p].first());
+        h[2 * p + 1] = heads[2 * p + 1]->commit(x[p].second(), m0[p].second(), fsOverK[p].second());
+    }
 }
 
 } // namespace oxa

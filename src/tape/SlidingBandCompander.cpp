@@ -26,23 +26,50 @@ namespace
         return minWithLimit (r, T (maxCorner));
     }
 
-    // Newton on u = g(u) with a forward-difference slope; the last value stands if the
-    // few steps allowed do not converge. sidechainPair evaluates g at u and u + step.
+    // One Newton step on u = g(u) with a forward-difference slope; true once converged.
+    // sidechainPair evaluates g at u and u + step.
+    template <class SidechainPair>
+    bool solveStep (double& u, SidechainPair sidechainPair) noexcept
+    {
+        double at, beside;
+        sidechainPair (u, u + step, at, beside);
+        const double error = u - at;
+        const double correction = error / ((u + step - beside - error) * 1e6 + 1e-16);
+        u -= correction;
+        return std::abs (correction) <= step;
+    }
+
+    // The last value stands if the few steps allowed do not converge.
     template <class SidechainPair>
     double solve (double start, SidechainPair sidechainPair) noexcept
     {
         double u = start;
         for (int n = 0; n < iterations; ++n)
+            if (solveStep (u, sidechainPair))
+                break;
+        return u;
+    }
+
+    // solve() for four equations (those of four decks), each stepping exactly as alone,
+    // in turn within one loop so that the processor works on several at once.
+    // pairOf(d) gives equation d's sidechainPair; u holds the starts and gets the results.
+    template <class PairOf>
+    void solveFour (double* u, const bool* solvable, PairOf pairOf) noexcept
+    {
+        bool solving[4];
+        std::copy (solvable, solvable + 4, solving);
+        for (int n = 0; n < iterations; ++n)
         {
-            double at, beside;
-            sidechainPair (u, u + step, at, beside);
-            const double error = u - at;
-            const double correction = error / ((u + step - beside - error) * 1e6 + 1e-16);
-            u -= correction;
-            if (std::abs (correction) <= step)
+            bool any = false;
+            for (int d = 0; d < 4; ++d)
+            {
+                if (solving[d])
+                    solving[d] = ! solveStep (u[d], pairOf (d));
+                any = any || solving[d];
+            }
+            if (! any)
                 break;
         }
-        return u;
     }
 } // namespace
 
@@ -148,24 +175,42 @@ double SlidingBandCompander::decodeInLanes (double v) noexcept
 }
 
 template <bool InLanes>
-double SlidingBandCompander::encodeWith (double x) noexcept
+void SlidingBandCompander::encoderPair (double x, double a, double b, double& ga, double& gb) noexcept
 {
-    if (! std::isfinite (x))
-        return x;
+    if constexpr (InLanes)
+    {
+        const Lanes out = encoder.evaluateInLanes (Lanes (a, b), Lanes (x));
+        ga = out.first();
+        gb = out.second();
+    }
+    else
+    {
+        encoder.evaluatePair (a, b, x, x, ga, gb);
+    }
+}
 
+template <bool InLanes>
+void SlidingBandCompander::decoderPair (double v, double a, double b, double& ga, double& gb) noexcept
+{
+    EnvelopeCurve& curve = decoder.getCurve();
+    if constexpr (InLanes)
+    {
+        const Lanes candidates (a, b);
+        const Lanes out = decoder.evaluateInLanes (candidates, v - curve.applyInLanes (candidates));
+        ga = out.first();
+        gb = out.second();
+    }
+    else
+    {
+        double curvedA, curvedB;
+        curve.applyPair (a, b, curvedA, curvedB);
+        decoder.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
+    }
+}
+
+double SlidingBandCompander::finishEncode (double x, double u) noexcept
+{
     SlidingBandSidechain& side = encoder;
-    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
-        if constexpr (InLanes)
-        {
-            const Lanes out = side.evaluateInLanes (Lanes (a, b), Lanes (x));
-            ga = out.first();
-            gb = out.second();
-        }
-        else
-        {
-            side.evaluatePair (a, b, x, x, ga, gb);
-        }
-    });
     side.solution = u;
     side.evaluate (u, x);
     const double y = x + side.getCurve().apply (u);
@@ -173,34 +218,68 @@ double SlidingBandCompander::encodeWith (double x) noexcept
     return y;
 }
 
+double SlidingBandCompander::finishDecode (double v, double u) noexcept
+{
+    SlidingBandSidechain& side = decoder;
+    side.solution = u;
+    const double y = v - side.getCurve().apply (u);
+    side.evaluate (u, y);
+    side.commit();
+    return y;
+}
+
+template <bool InLanes>
+double SlidingBandCompander::encodeWith (double x) noexcept
+{
+    if (! std::isfinite (x))
+        return x;
+    const double u = solve (encoder.solution, [&] (double a, double b, double& ga, double& gb)
+                            { encoderPair<InLanes> (x, a, b, ga, gb); });
+    return finishEncode (x, u);
+}
+
 template <bool InLanes>
 double SlidingBandCompander::decodeWith (double v) noexcept
 {
     if (! std::isfinite (v))
         return v;
+    const double u = solve (decoder.solution, [&] (double a, double b, double& ga, double& gb)
+                            { decoderPair<InLanes> (v, a, b, ga, gb); });
+    return finishDecode (v, u);
+}
 
-    SlidingBandSidechain& side = decoder;
-    EnvelopeCurve& curve = side.getCurve();
-    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
-        if constexpr (InLanes)
-        {
-            const Lanes candidates (a, b);
-            const Lanes out = side.evaluateInLanes (candidates, v - curve.applyInLanes (candidates));
-            ga = out.first();
-            gb = out.second();
-        }
-        else
-        {
-            double curvedA, curvedB;
-            curve.applyPair (a, b, curvedA, curvedB);
-            side.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
-        }
+void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* companders, double* x) noexcept
+{
+    double u[4];
+    bool finite[4];
+    for (int d = 0; d < 4; ++d)
+    {
+        finite[d] = std::isfinite (x[d]);
+        u[d] = companders[d]->encoder.solution;
+    }
+    solveFour (u, finite, [&] (int d) {
+        return [&, d] (double a, double b, double& ga, double& gb) { companders[d]->encoderPair<true> (x[d], a, b, ga, gb); };
     });
-    side.solution = u;
-    const double y = v - curve.apply (u);
-    side.evaluate (u, y);
-    side.commit();
-    return y;
+    for (int d = 0; d < 4; ++d)
+        if (finite[d])
+            x[d] = companders[d]->finishEncode (x[d], u[d]);
+}
+
+void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept
+{
+    double u[4];
+    bool finite[4];
+    for (int d = 0; d < 4; ++d)
+    {
+        finite[d] = std::isfinite (v[d]);
+        u[d] = companders[d]->decoder.solution;
+    }
+    solveFour (u, finite, [&] (int d) {
+        return [&, d] (double a, double b, double& ga, double& gb) { companders[d]->decoderPair<true> (v[d], a, b, ga, gb); };
+    });
+    for (int d = 0; d < 4; ++d)
+        if (finite[d])
+            v[d] = companders[d]->finishDecode (v[d], u[d]);
 }
 
 } // namespace oxa

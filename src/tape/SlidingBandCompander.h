@@ -61,8 +61,18 @@ public:
     // The same with each solver step's two trial points in lanes: bit for bit alike.
     double encodeInLanes (double x) noexcept;
     double decodeInLanes (double v) noexcept;
+    // The same for the companders of four decks, values in and out, solved side by side.
+    static void encodeFourInLanes (SlidingBandCompander* const* companders, double* x) noexcept;
+    static void decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept;
 
 private:
+    template <bool InLanes>
+    void encoderPair (double x, double a, double b, double& ga, double& gb) noexcept;
+    template <bool InLanes>
+    void decoderPair (double v, double a, double b, double& ga, double& gb) noexcept;
+    // What follows the solve: the sidechain takes the solution and the sample is made.
+    double finishEncode (double x, double u) noexcept;
+    double finishDecode (double v, double u) noexcept;
     template <bool InLanes>
     double encodeWith (double x) noexcept;
     template <bool InLanes>

@@ -1,5 +1,6 @@
 #include "tape/ThreeBandCompander.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace oxa
@@ -118,6 +119,34 @@ double ThreeBandCompander::decodeInLanes (double v) noexcept
 }
 
 template <bool InLanes>
+bool ThreeBandCompander::decoderStep (double v, double& y) const noexcept
+{
+    double at, beside;
+    if constexpr (InLanes)
+    {
+        const Lanes both = decoder.forwardInLanes (Lanes (y, y + step));
+        at = both.first();
+        beside = both.second();
+    }
+    else
+    {
+        decoder.forwardPair (y, y + step, at, beside);
+    }
+    const double error = v - at;
+    const double correction = error / ((v - beside - error) * 1e6 + 1e-16);
+    y -= correction;
+    return std::abs (correction) <= step;
+}
+
+double ThreeBandCompander::finishDecode (double y) noexcept
+{
+    decoderSolution = y;
+    decoder.forward (y);
+    decoder.commit();
+    return y;
+}
+
+template <bool InLanes>
 double ThreeBandCompander::decodeWith (double v) noexcept
 {
     if (! std::isfinite (v))
@@ -125,29 +154,39 @@ double ThreeBandCompander::decodeWith (double v) noexcept
 
     double y = decoderSolution;
     for (int i = 0; i < decoderIterations; ++i)
+        if (decoderStep<InLanes> (v, y))
+            break;
+    return finishDecode (y);
+}
+
+void ThreeBandCompander::decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept
+{
+    // Each decoder steps exactly as decode() steps it; the four take their steps in turn
+    // within one loop, so that the processor works on several at once.
+    double y[4];
+    bool solving[4];
+    for (int d = 0; d < 4; ++d)
     {
-        double at, beside;
-        if constexpr (InLanes)
+        solving[d] = std::isfinite (v[d]);
+        y[d] = companders[d]->decoderSolution;
+    }
+    bool finite[4];
+    std::copy (solving, solving + 4, finite);
+    for (int i = 0; i < decoderIterations; ++i)
+    {
+        bool any = false;
+        for (int d = 0; d < 4; ++d)
         {
-            const Lanes both = decoder.forwardInLanes (Lanes (y, y + step));
-            at = both.first();
-            beside = both.second();
+            if (solving[d])
+                solving[d] = ! companders[d]->decoderStep<true> (v[d], y[d]);
+            any = any || solving[d];
         }
-        else
-        {
-            decoder.forwardPair (y, y + step, at, beside);
-        }
-        const double error = v - at;
-        const double correction = error / ((v - beside - error) * 1e6 + 1e-16);
-        y -= correction;
-        if (std::abs (correction) <= step)
+        if (! any)
             break;
     }
-
-    decoderSolution = y;
-    decoder.forward (y);
-    decoder.commit();
-    return y;
+    for (int d = 0; d < 4; ++d)
+        if (finite[d])
+            v[d] = companders[d]->finishDecode (y[d]);
 }
 
 } // namespace oxa

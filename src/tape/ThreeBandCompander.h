@@ -98,12 +98,18 @@ public:
     double decode (double v) noexcept;
     // decode() with each step's two trial points in lanes: the same result bit for bit.
     double decodeInLanes (double v) noexcept;
+    // decodeInLanes() for the decoders of four decks, v in and out, solved side by side.
+    static void decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept;
 
     double getDecoderSolution() const noexcept { return decoderSolution; }
 
 private:
     template <bool InLanes>
     double decodeWith (double v) noexcept;
+    // One Newton step of the decoder from y towards v; true once it has converged.
+    template <bool InLanes>
+    bool decoderStep (double v, double& y) const noexcept;
+    double finishDecode (double y) noexcept;
 
     ThreeBandSidechain encoder;
     ThreeBandSidechain decoder;
