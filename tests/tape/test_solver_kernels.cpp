@@ -35,10 +35,11 @@ std::vector<float> loudSignal(std::size_t length, std::uint32_t seed)
 }
 
 // Every stage at work: feedback, drive, noise, transport, dropouts, the playback head.
-TapeEffectState preparedState(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder)
+TapeEffectState preparedState(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder,
+                              std::uint32_t channelCount = 2)
 {
     TapeEffectState state;
-    state.prepare(sampleRate, 256, 2);
+    state.prepare(sampleRate, 256, channelCount);
     state.forEachDeck([&](TapeDeck& deck) {
         deck.transport.wowDepth = 0.3;
         deck.transport.flutterDepth = 0.05;
@@ -61,19 +62,26 @@ TapeEffectState preparedState(std::int32_t flangeMode, std::int32_t encoder, std
     return state;
 }
 
-std::vector<float> render(TapeEffectState& state, std::size_t length)
+// All channels one after the other in the result.
+std::vector<float> render(TapeEffectState& state, std::size_t length, std::uint32_t channelCount = 2)
 {
-    std::vector<float> left = loudSignal(length, 3), right = loudSignal(length, 5);
+    std::vector<std::vector<float>> signals;
+    for (std::uint32_t c = 0; c < channelCount; ++c)
+        signals.push_back(loudSignal(length, 3 + 2 * c));
     std::vector<float> speed(256), dry(256);
     float tempo = 120.0f;
     for (std::size_t done = 0; done < length; done += 256)
     {
         const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(256, length - done));
-        float* channels[] = {left.data() + done, right.data() + done};
-        state.render(channels, 2, n, TapeHostInfo{}, false, tempo, speed.data(), dry.data());
+        std::vector<float*> channels;
+        for (auto& signal : signals)
+            channels.push_back(signal.data() + done);
+        state.render(channels.data(), channelCount, n, TapeHostInfo{}, false, tempo, speed.data(), dry.data());
     }
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
+    std::vector<float> all;
+    for (auto& signal : signals)
+        all.insert(all.end(), signal.begin(), signal.end());
+    return all;
 }
 
 bool bitIdentical(const std::vector<float>& a, const std::vector<float>& b)
@@ -102,6 +110,20 @@ TEST(SolverKernels, LanesMatchTheReferenceBitForBitInAll32BlockLoops)
                 ASSERT_GT(peak, 0.01) << "the loop must have made sound";
                 EXPECT_TRUE(bitIdentical(expected, actual));
             }
+}
+
+TEST(SolverKernels, MonoAndAnOddChannelBesideAStereoPairMatchTheReference)
+{
+    // Stereo pairs run four decks together; a channel left over runs alone.
+    for (std::uint32_t channelCount : {1u, 3u})
+    {
+        SCOPED_TRACE(testing::Message() << channelCount << " channels");
+        TapeEffectState reference = preparedState(TapeChannel::lfoMode, 3, 2, channelCount);
+        TapeEffectState lanes = preparedState(TapeChannel::lfoMode, 3, 2, channelCount);
+        reference.kernel = SolverKernel::reference;
+        lanes.kernel = SolverKernel::lanes;
+        EXPECT_TRUE(bitIdentical(render(reference, 9600, channelCount), render(lanes, 9600, channelCount)));
+    }
 }
 
 TEST(SolverKernels, TwoInstancesWithTheSameSettingsSoundTheSame)
