@@ -237,7 +237,9 @@ double timeStage(const Programme& programme, const Options& options, const std::
 
 void printStages(const Programme& programme, const Options& options)
 {
-    std::printf("\nDeck stages alone, one deck, ns per sample (best of %d):\n", options.repeats);
+    std::printf("\nDeck stages alone, one deck (the record head: both decks of a channel), ns per sample"
+                " (best of %d):\n",
+                options.repeats);
     auto row = [&](const char* name, const std::function<double(double)>& stage) {
         std::printf("  %-44s %8.1f\n", name, timeStage(programme, options, stage));
     };
@@ -290,7 +292,7 @@ void printStages(const Programme& programme, const Options& options)
             head->k = drive > 1.0 ? 100.0 * std::pow(10.0, 0.9) : 100.0;
         }
         second.restartNoise(7, 9);
-        const std::string name = std::string("record head pair, per deck (drive ") + (drive > 1.0 ? "12" : "0") + " dB)";
+        const std::string name = std::string("record head pair (drive ") + (drive > 1.0 ? "12" : "0") + " dB)";
         row(name.c_str(), [&](double v) {
             double a = tapeTanh(v * drive * 0.01) * 100.0, b = a;
             RecordHead::processPair(first, second, a, b);
@@ -348,6 +350,21 @@ void printStages(const Programme& programme, const Options& options)
 
 // ---- memory ----
 
+// The rings and lines of one effect state: what the tape itself takes.
+std::size_t tapeBytes(const TapeEffectState& state)
+{
+    std::size_t bytes = sizeof(state);
+    for (const TapeChannel& channel : state.channels)
+        for (const TapeDeck& deck : channel.decks)
+            bytes += sizeof(deck)
+                     + (deck.inputRing.capacity() + deck.outputRing.capacity() + deck.spareRing.capacity()
+                        + deck.speedHistory.capacity())
+                           * sizeof(double);
+    for (const DelayLine& line : state.dryDelays)
+        bytes += sizeof(line) + line.buffer.capacity() * sizeof(float);
+    return bytes;
+}
+
 std::size_t heapInUse()
 {
     const struct mallinfo2 info = mallinfo2();
@@ -377,6 +394,9 @@ void printMemory(const Programme& programme)
     const std::size_t after = heapInUse();
     std::printf("\nMemory, one stereo instance at 48 kHz: %.2f MB of heap (plug-in, engine and tape)\n",
                 static_cast<double>(settled - before) / (1024.0 * 1024.0));
+    std::printf("  of which one copy of the effect's tape state: %.2f MB\n",
+                static_cast<double>(tapeBytes(*static_cast<const FluxDeckProcessor::State*>(
+                    processorOf(*plugin).mainState()))) / (1024.0 * 1024.0));
     std::printf("Heap growth over 20 s of rendering: %lld bytes\n",
                 static_cast<long long>(after) - static_cast<long long>(settled));
 }
