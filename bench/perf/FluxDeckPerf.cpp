@@ -375,7 +375,9 @@ void printMemory(const Programme& programme)
 {
     const std::size_t before = heapInUse();
     auto plugin = std::make_unique<FluxDeckPlugin>();
+    const std::size_t built = heapInUse();
     plugin->prepareToPlay(sampleRate, 512);
+    const std::size_t prepared = heapInUse();
     heaviest(processorOf(*plugin), 3);
     juce::AudioBuffer<float> buffer(2, 512);
     juce::MidiBuffer midi;
@@ -394,7 +396,11 @@ void printMemory(const Programme& programme)
     const std::size_t after = heapInUse();
     std::printf("\nMemory, one stereo instance at 48 kHz: %.2f MB of heap (plug-in, engine and tape)\n",
                 static_cast<double>(settled - before) / (1024.0 * 1024.0));
-    std::printf("  of which one copy of the effect's tape state: %.2f MB\n",
+    std::printf("  built %.2f MB, prepared %.2f MB more, first second of rendering %.2f MB more\n",
+                static_cast<double>(built - before) / (1024.0 * 1024.0),
+                static_cast<double>(prepared - built) / (1024.0 * 1024.0),
+                (static_cast<double>(settled) - static_cast<double>(prepared)) / (1024.0 * 1024.0));
+    std::printf("  one copy of the effect's tape state: %.2f MB\n",
                 static_cast<double>(tapeBytes(*static_cast<const FluxDeckProcessor::State*>(
                     processorOf(*plugin).mainState()))) / (1024.0 * 1024.0));
     std::printf("Heap growth over 20 s of rendering: %lld bytes\n",
