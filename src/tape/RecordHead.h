@@ -43,8 +43,8 @@ struct RecordHead
     double process(double h) noexcept;
 
     // Moves the magnetisation so that the field it stands in balance with scales by
-    // factor (close to 1: one step of a gain glide). The head's memory then reads as if
-    // it had been recorded at the new gain all along, exactly so for small signals.
+    // factor. The head's memory then reads as if it had been recorded at the new gain
+    // all along: exactly so for small signals, and close for loud ones.
     void rescaleField(double factor) noexcept;
 
     // Two heads (the decks of a channel) side by side: the same arithmetic as

@@ -62,7 +62,8 @@ TapeEffectState preparedState(std::int32_t flangeMode, std::int32_t encoder, std
     return state;
 }
 
-// All channels one after the other in the result.
+// All channels one after the other in the result. Half-way the drive steps, so that the
+// record path fades over from the old drive to the new one.
 std::vector<float> render(TapeEffectState& state, std::size_t length, std::uint32_t channelCount = 2)
 {
     std::vector<std::vector<float>> signals;
@@ -73,6 +74,8 @@ std::vector<float> render(TapeEffectState& state, std::size_t length, std::uint3
     for (std::size_t done = 0; done < length; done += 256)
     {
         const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(256, length - done));
+        if (done == (length / 2) / 256 * 256)
+            state.forEachDeck([](TapeDeck& deck) { deck.setDrive(dbToLinear(20.0f)); });
         std::vector<float*> channels;
         for (auto& signal : signals)
             channels.push_back(signal.data() + done);

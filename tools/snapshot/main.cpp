@@ -1,8 +1,10 @@
 // flux-deck-snapshot DIR [--bench]
 // Opens the plug-in's window in-process, with no display, and writes a picture of it
 // for each background: LFO, LFO settings and manual mode, collapsed and expanded, at
-// scale 1 and 2. With --bench it also times full repaints of the expanded window.
+// scale 1 and 2, and of the open menus, the A/B states and the MIDI settings panel.
+// With --bench it also times full repaints of the expanded window.
 
+#include "MenuStates.h"
 #include "editor/FluxDeckPluginUI.h"
 #include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
@@ -105,6 +107,14 @@ int main(int argc, char** argv)
                     std::cout << "full repaint, expanded window, scale " << scale << ": "
                               << juce::String(millisecondsPerRepaint(ui, float(scale), 20), 2) << " ms\n";
             }
+    }
+    for (int scale : {1, 2})
+    {
+        overrideDisplayImageScale(scale);
+        const int menus = snapshot::writeMenuStates(dir, scale);
+        if (menus < 0)
+            return 1;
+        written += menus;
     }
     windowSettings::writeBool("ui.expanded", userExpanded);
     std::cout << "wrote " << written << " pictures into " << dir.getFullPathName() << "\n";
