@@ -17,7 +17,9 @@ namespace oxa
 
 // Noise reduction around the record head, by type: 0 none, 1 pre-emphasis,
 // 2 three-band, 3 sliding band. Path is a deck or the record path it fades out.
-template <int Type, class Path>
+// InLanes: the solvers try their two points per step side by side (the same result
+// bit for bit; the plain form is the reference).
+template <int Type, bool InLanes, class Path>
 inline double encodeStage(Path& path, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four encoder types");
@@ -26,26 +28,66 @@ inline double encodeStage(Path& path, double h) noexcept
     else if constexpr (Type == 2)
         return path.threeBand.encode(h);
     else if constexpr (Type == 3)
-        return path.slidingBand.encode(h);
+        return InLanes ? path.slidingBand.encodeInLanes(h) : path.slidingBand.encode(h);
     else
         return h;
 }
 
-template <int Type, class Path>
+template <int Type, bool InLanes, class Path>
 inline double decodeStage(Path& path, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four decoder types");
     if constexpr (Type == 1)
         return path.preEmphasis.decode(h);
     else if constexpr (Type == 2)
-        return path.threeBand.decode(h);
+        return InLanes ? path.threeBand.decodeInLanes(h) : path.threeBand.decode(h);
     else if constexpr (Type == 3)
-        return path.slidingBand.decode(h);
+        return InLanes ? path.slidingBand.decodeInLanes(h) : path.slidingBand.decode(h);
     else
         return h;
 }
 
-template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck>
+// The same stages for the four decks of a stereo pair at once: the solvers of the
+// heavy types take their steps side by side.
+template <int Type>
+inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
+{
+    if constexpr (Type == 3)
+    {
+        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
+                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
+        SlidingBandCompander::encodeFourInLanes(companders, h);
+    }
+    else
+    {
+        for (int d = 0; d < 4; ++d)
+            h[d] = encodeStage<Type, true>(*decks[d], h[d]);
+    }
+}
+
+template <int Type>
+inline void decodeFour(TapeDeck* const* decks, double* h) noexcept
+{
+    if constexpr (Type == 2)
+    {
+        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
+                                                  &decks[3]->threeBand};
+        ThreeBandCompander::decodeFourInLanes(companders, h);
+    }
+    else if constexpr (Type == 3)
+    {
+        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
+                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
+        SlidingBandCompander::decodeFourInLanes(companders, h);
+    }
+    else
+    {
+        for (int d = 0; d < 4; ++d)
+            h[d] = decodeStage<Type, true>(*decks[d], h[d]);
+    }
+}
+
+template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck, bool InLanes>
 class DeckLoop
 {
 public:
@@ -82,6 +124,12 @@ public:
     // encoder. Returns what goes into the record head. deviation receives the
     // speed deviation for the monitor (second deck only).
     inline double beforeHead(float input, float* deviation) noexcept
+    {
+        return encodeStage<Encoder, InLanes>(deck, beforeEncoder(input, deviation));
+    }
+
+    // beforeHead() up to the encoder: returns what goes into it.
+    inline double beforeEncoder(float input, float* deviation) noexcept
     {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         if (inputGliding)
@@ -125,17 +173,23 @@ public:
             makeup = deck.makeupRamp.value();
         const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
-        return encodeStage<Encoder>(deck, saturated);
+        return saturated;
     }
 
     // Second half: decoder, playback response, makeup, tape out. Returns the
     // deck's share of the output.
     inline float afterHead(double fromHead) noexcept
     {
+        return afterDecoder(decodeStage<Decoder, InLanes>(deck, fromHead));
+    }
+
+    // afterHead() from what the decoder gave.
+    inline float afterDecoder(double decoded) noexcept
+    {
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        double v = decodeStage<Decoder>(deck, fromHead) / makeup;
+        double v = decoded / makeup;
         if (fading)
             v = fadeFromOutgoing(v);
         v = TapeCeiling::apply(deck.playbackFilters.process(v));
@@ -150,6 +204,7 @@ public:
     }
 
     RecordHead& recordHead() noexcept { return deck.recordHead; }
+    TapeDeck& tapeDeck() noexcept { return deck; }
 
     // Writes back what the loop kept in locals; samples is the count processed.
     void finish(int samples) noexcept
@@ -172,8 +227,8 @@ private:
         OutgoingRecordPath& path = deck.outgoing;
         const double saturated = tapeTanh(r * path.drive * 0.01) * 100.0;
         path.recordHead.noiseLevel = path.makeup * noiseGain;
-        const double recorded = path.recordHead.process(encodeStage<Encoder>(path, saturated));
-        return decodeStage<Decoder>(path, recorded) / path.makeup;
+        const double recorded = path.recordHead.process(encodeStage<Encoder, InLanes>(path, saturated));
+        return decodeStage<Decoder, InLanes>(path, recorded) / path.makeup;
     }
 
     // Mixes the two paths with an S-curve, so the fade starts and ends without a corner.
