@@ -229,9 +229,11 @@ TEST(AudioThread, EveryBlockLoopInEitherSolverKernelRendersWithoutTheHeap)
                     {
                         for (int i = 0; i < 512; ++i)
                             left[i] = right[i] = 0.5f * std::sin(0.05f * static_cast<float>(b * 512 + i));
+                        if (b == 2) // the record path fades over to a new drive
+                            state.forEachDeck([](TapeDeck& deck) { deck.setDrive(10.0); });
                         Armed guard;
                         state.render(channels, 2, 512, TapeHostInfo{}, false, tempo, speed.data(), dry.data());
-                        counted += allocations.load();
+                        counted += test::CountedAllocations::total();
                     }
                 }
     EXPECT_EQ(counted, 0);
