@@ -5,6 +5,11 @@
 // (flange picture, trace, meters, reels), after the timers and notifications of
 // that frame have run, while another thread renders audio in real time.
 
+#include <juce_core/juce_core.h>
+
+#include <utility>
+#include <vector>
+
 namespace oxa
 {
 class FluxDeckPluginUI;
@@ -14,9 +19,11 @@ namespace oxa::snapshot
 {
 struct WindowLoad
 {
-    double cpuMillisecondsPerSecond = 0.0; // message thread's CPU per second of wall time
-    double wallSeconds = 0.0;
+    double cpuMillisecondsPerSecond = 0.0; // message thread's CPU per second of wall time, the window's share
+    double closedWindowMillisecondsPerSecond = 0.0; // the same loop with the window closed, taken off
     int frames = 0;
+    /** Each animated picture's repaint alone, in ms of CPU, with its name. */
+    std::vector<std::pair<juce::String, double>> repaintMilliseconds;
 };
 
 /** The window open and expanded at a display scale, every picture moving, for a while. */

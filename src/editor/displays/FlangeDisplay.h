@@ -1,7 +1,8 @@
 #pragma once
 // Where the second deck's tape sits against the first: two sine cycles, deck one
 // at the nominal delay, deck two moved by the live flange position (and turned
-// over with phase invert). At position -1 the two coincide.
+// over with phase invert). At position 0, where both decks read the same delay,
+// the two coincide; at -1 and 1 deck two leads or trails by the whole depth.
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
