@@ -1,6 +1,6 @@
-# The state-chunk fuzzer. Needs clang: configure a build folder of its own with
-#   CXX=clang++ CC=clang cmake -S . -B build-fuzz -G Ninja -DFLUXDECK_FUZZ=ON
-# (tools/run-fuzz.sh does this). The shared code is instrumented in that folder only.
+# The state-chunk fuzzer. Needs clang; it lives in the AddressSanitizer folder
+# that tools/configure-sanitizer-build.sh sets up (tools/run-fuzz.sh uses it).
+# The shared code gets the coverage hooks in that folder only.
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   message(WARNING "FLUXDECK_FUZZ needs clang; the fuzzer is not built")
   return()

@@ -58,7 +58,3 @@ endif()
 include(${PROJECT_SOURCE_DIR}/cmake/DisplayTests.cmake OPTIONAL)
 include(${PROJECT_SOURCE_DIR}/cmake/HostTests.cmake OPTIONAL)
 
-option(FLUXDECK_FUZZ "Build the libFuzzer target for the state chunk (clang only)" OFF)
-if(FLUXDECK_FUZZ)
-  include(${PROJECT_SOURCE_DIR}/cmake/Fuzz.cmake)
-endif()

@@ -1,16 +1,11 @@
 #!/usr/bin/env bash
-# Builds the state-chunk fuzzer with clang in its own folder and runs it for a
-# bounded time over a copy of the seed corpus. Usage: tools/run-fuzz.sh [seconds] [build folder]
+# Builds the state-chunk fuzzer (clang, AddressSanitizer) and runs it for a
+# bounded time over a copy of the seed corpus.
+# Usage: tools/run-fuzz.sh [seconds] [build folder, default build-asan]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
-build="${2:-build-fuzz}"
-
-# Images drawn by the Release build are reused rather than drawn again here.
-predrawn=()
-[ -f build/drawn_assets/drawn.stamp ] && predrawn=(-DFLUXDECK_PREDRAWN_ASSETS="$PWD/build/drawn_assets")
-CC=clang CXX=clang++ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DFLUXDECK_FUZZ=ON -DFLUXDECK_TOOLS=OFF -DFLUXDECK_BENCH=OFF "${predrawn[@]}"
+build=$(bash tools/configure-sanitizer-build.sh address "${2:-build-asan}")
 cmake --build "$build" --target fluxdeck_state_fuzzer -j"$(nproc)"
 
 corpus="$build/fuzz-corpus"

@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 bash tools/setup-debian.sh
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release
 cmake --build build -j"$(nproc)"
-bash tools/run-fuzz.sh 60 build-fuzz
+bash tools/run-fuzz.sh 60
 bash tools/run-tsan.sh
 bash tools/run-asan.sh
 ctest --test-dir build --output-on-failure -j"$(nproc)"

@@ -1,21 +1,9 @@
 #!/usr/bin/env bash
 # Builds the concurrency tests with ThreadSanitizer in a build folder of their
-# own and runs them. The flags go on everything, JUCE's module sources included:
-# an uninstrumented half of a race is a race the sanitizer never sees.
-# FLUXDECK_TSAN_BUILD_DIR picks the build folder (default: build-tsan).
+# own and runs them. FLUXDECK_TSAN_BUILD_DIR picks the folder (default: build-tsan).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup-debian.sh
-
-build="${FLUXDECK_TSAN_BUILD_DIR:-build-tsan}"
-flags="-fsanitize=thread"
-# Images drawn by the Release build are reused rather than drawn again here.
-predrawn=()
-[ -f build/drawn_assets/drawn.stamp ] && predrawn=(-DFLUXDECK_PREDRAWN_ASSETS="$PWD/build/drawn_assets")
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" \
-  -DCMAKE_EXE_LINKER_FLAGS="$flags" -DCMAKE_SHARED_LINKER_FLAGS="$flags" \
-  -DCMAKE_MODULE_LINKER_FLAGS="$flags" \
-  -DFLUXDECK_TSAN=ON -DFLUXDECK_TESTS=OFF -DFLUXDECK_BENCH=OFF -DFLUXDECK_TOOLS=OFF "${predrawn[@]}"
+build=$(bash tools/configure-sanitizer-build.sh thread "${FLUXDECK_TSAN_BUILD_DIR:-build-tsan}")
 cmake --build "$build" --target fluxdeck_concurrency_tests -j"$(nproc)"
 ctest --test-dir "$build" -L tsan --output-on-failure

@@ -1,6 +1,7 @@
 #include "editor/BoundPanel.h"
 
 #include "editor/FluxDeckLookAndFeel.h"
+#include "resources/presets/PresetBank.h"
 
 #include <cstring>
 
@@ -21,8 +22,7 @@ WidgetStyle sectionStyle()
 
 bool isLockable(const char* parameterName)
 {
-    static const char* const lockable[] = {"Mix", "InputGain", "OutputGain", "Drive", "ApplyLowLatency"};
-    for (const char* name : lockable)
+    for (const char* name : lockableParameterNames())
         if (std::strcmp(name, parameterName) == 0)
             return true;
     return false;

@@ -1,6 +1,8 @@
 #include "editor/FluxDeckEditor.h"
 
+#include "editor/ParameterContextMenu.h"
 #include "editor/WindowSettings.h"
+#include "resources/presets/PresetBank.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <algorithm>
@@ -31,7 +33,8 @@ juce::String asset(const char* image, const char* suffix)
 
 FluxDeckEditor::FluxDeckEditor(EngineProxy* proxy)
     : BoundPanel(proxy, layout::mainPanel(), mainStyle()), SimpleElementView(proxy, effectPath()),
-      tapeSection(proxy), companderSection(proxy), playbackSection(proxy), transportSection(proxy)
+      tapeSection(proxy), companderSection(proxy), playbackSection(proxy), transportSection(proxy),
+      tapePresetDisplay(proxy)
 {
     setName("editor");
     reelRunning = windowSettings::readBool("ui.reel", false);
@@ -49,6 +52,14 @@ FluxDeckEditor::FluxDeckEditor(EngineProxy* proxy)
     setUpReel(reelLeft, table.at(layout::Kind::reel, "reelLeft"));
     setUpReel(reelRight, table.at(layout::Kind::reel, "reelRight"));
     setUpPictures(table);
+    place(tapePresetDisplay, layout::tapePresetBar().bounds);
+    addAndMakeVisible(tapePresetDisplay);
+    if (ParamSlider* makeup = knob("OutputPad"))
+        makeup->toFront(false); // the makeup knob comes after the tape bar and overlaps it
+    // The lockable controls leave right clicks to this panel's menu.
+    for (const char* name : lockableParameterNames())
+        if (juce::Component* control = knob(name) != nullptr ? static_cast<juce::Component*>(knob(name)) : button(name))
+            control->addMouseListener(this, true);
 
     companderSection.setEnabled(false);
     companderSection.setAlpha(0.5f);
@@ -191,6 +202,12 @@ void FluxDeckEditor::drainMonitor()
 
 void FluxDeckEditor::mouseDown(const juce::MouseEvent& e)
 {
+    if (e.mods.isRightButtonDown())
+        if (auto* view = dynamic_cast<SimpleElementParameterView*>(e.eventComponent); view != nullptr && view->getProxy())
+        {
+            ParameterContextMenu(*view->getProxy(), view->getElementPath(), view->resolvedId()).show(*e.eventComponent);
+            repaint();
+        }
     if (e.eventComponent == &reelLeft || e.eventComponent == &reelRight)
         reelRunning = !reelRunning;
 }

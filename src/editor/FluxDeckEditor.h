@@ -7,6 +7,7 @@
 #include "editor/BoundPanel.h"
 #include "editor/CompanderSection.h"
 #include "editor/PlaybackSection.h"
+#include "editor/TapeModulePresetDisplay.h"
 #include "editor/TapeSection.h"
 #include "editor/TransportSection.h"
 #include "editor/displays/AudioMeter.h"
@@ -46,6 +47,7 @@ public:
     ScrollCurve& getScrollCurve() { return scrollCurve; }
     FlangeDisplay& getFlangeDisplay() { return flangeDisplay; }
     AudioMeter& getMeter(bool left) { return left ? meterLeft : meterRight; }
+    TapeModulePresetDisplay& getTapePresetDisplay() { return tapePresetDisplay; }
 
     /** Shows the record picture that the two display buttons choose. */
     void updateResponseDisplay();
@@ -85,6 +87,7 @@ private:
     ScrollCurve scrollCurve;
     AudioMeter meterLeft {0}, meterRight {1};
     FlangeDisplay flangeDisplay;
+    TapeModulePresetDisplay tapePresetDisplay;
     std::shared_ptr<SignalMonitoringFIFO> monitor;
     std::vector<float> traceScratch;
     std::unique_ptr<ElementParameterValue<bool>> recordHeadView, playbackView, companderView, transportView;

@@ -182,9 +182,13 @@ void drawDecoration(juce::Graphics& g, const Decoration& d)
             g.setColour(ink::accent);
             g.setFont(font(25.0f, 0.16f));
             g.drawText(d.text, area, juce::Justification::centredLeft, false);
-            const float titleWidth = font(25.0f, 0.16f).getStringWidthFloat(d.text);
-            drawLegend(g, "TAPE FLANGER", area.withTrimmedLeft(titleWidth + 12.0f).translated(0.0f, 2.0f), 11.0f,
-                       ink::caption, juce::Justification::centredLeft);
+            // The subtitle only where it clears the preset bar's menu button.
+            const float subtitleLeft = area.getX() + font(25.0f, 0.16f).getStringWidthFloat(d.text) + 12.0f;
+            const Panel& bar = presetBar();
+            const float room = float(bar.bounds.x + bar.at(Kind::button, "menuButton").bounds.x) - 8.0f - subtitleLeft;
+            if (room >= font(11.0f, 0.09f).getStringWidthFloat("TAPE FLANGER"))
+                drawLegend(g, "TAPE FLANGER", area.withLeft(subtitleLeft).translated(0.0f, 2.0f), 11.0f, ink::caption,
+                           juce::Justification::centredLeft);
             break;
         }
     }

@@ -2,11 +2,13 @@
 // Opens the plug-in's window in-process, with no display, and writes pictures of it:
 // each background (LFO, LFO settings and manual mode, collapsed and expanded), then
 // the expanded window with its pictures at work (record head, compander, flange,
-// phase invert, the transport trace), all at scale 1 and 2. With --bench it also
-// times full repaints and what the animated window costs the message thread.
+// phase invert, the transport trace), then the open menus, the A/B states and the
+// MIDI settings panel, all at scale 1 and 2. With --bench it also times full
+// repaints and what the animated window costs the message thread.
 
 #include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
+#include "snapshot/MenuStates.h"
 #include "snapshot/Scenes.h"
 #include "snapshot/WindowBench.h"
 #include "snapshot/WindowDriver.h"
@@ -132,6 +134,10 @@ int main(int argc, char** argv)
         overrideDisplayImageScale(scale); // the twins a screen of this density would get
         if (!writePages(album, scale, bench) || !writeScenes(album, scale))
             return 1;
+        const int menus = snapshot::writeMenuStates(dir, scale);
+        if (menus < 0)
+            return 1;
+        album.written += menus;
     }
     std::cout << "wrote " << album.written << " pictures into " << dir.getFullPathName() << "\n";
 

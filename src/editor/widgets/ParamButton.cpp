@@ -1,6 +1,7 @@
 #include "editor/widgets/ParamButton.h"
 
 #include "editor/Layout.h"
+#include "editor/widgets/SimpleEditionSettingsPanel.h"
 #include "element/ParameterRegistry.h"
 
 namespace oxa
@@ -70,9 +71,12 @@ void ParamButton::mouseDown(const juce::MouseEvent& e)
 {
     if (e.mods.isRightButtonDown())
     {
-        if (!openSettingsOnRightClick && !openSettingsOnAltRightClick)
-            Button::mouseDown(e); // a listener of the widget shows its menu
-        return;                   // the settings panel belongs to MIDI learn
+        // Never a press: a right click must not toggle. With the flags clear, the
+        // widget's mouse listeners still hear it and show their menu.
+        const bool alt = e.mods.isAltDown();
+        if (alt ? openSettingsOnAltRightClick : openSettingsOnRightClick)
+            SimpleEditionSettingsPanel::open(*this, getProxy(), getElementPath(), resolvedId(), alt);
+        return;
     }
     gesture.begin();
     Button::mouseDown(e);

@@ -1,5 +1,6 @@
 #include "editor/widgets/ParamComboBox.h"
 
+#include "editor/widgets/SimpleEditionSettingsPanel.h"
 #include "element/ParameterRegistry.h"
 
 namespace oxa
@@ -84,7 +85,12 @@ void ParamComboBox::showPopup()
 void ParamComboBox::mouseDown(const juce::MouseEvent& e)
 {
     if (e.mods.isRightButtonDown())
-        return; // the settings panel belongs to MIDI learn
+    {
+        const bool alt = e.mods.isAltDown();
+        if (alt ? openSettingsOnAltRightClick : openSettingsOnRightClick)
+            SimpleEditionSettingsPanel::open(*this, getProxy(), getElementPath(), resolvedId(), alt);
+        return;
+    }
     juce::ComboBox::mouseDown(e);
 }
 } // namespace oxa

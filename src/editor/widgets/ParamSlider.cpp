@@ -1,5 +1,6 @@
 #include "editor/widgets/ParamSlider.h"
 
+#include "editor/widgets/SimpleEditionSettingsPanel.h"
 #include "element/NoteLengths.h"
 #include "element/ParameterRegistry.h"
 #include "engine/ProcessingElement.h"
@@ -247,7 +248,11 @@ void ParamSlider::mouseDown(const juce::MouseEvent& e)
         return;
     }
     if (right && (openSettingsOnRightClick || openSettingsOnAltRightClick))
-        return; // the per-parameter settings panel belongs to MIDI learn
+    {
+        if (alt ? openSettingsOnAltRightClick : openSettingsOnRightClick)
+            SimpleEditionSettingsPanel::open(*this, getProxy(), getElementPath(), resolvedId(), alt);
+        return;
+    }
     if (!right && getElement() != nullptr)
         gesture.begin();
     Slider::mouseDown(e);

@@ -1,6 +1,7 @@
 #include "resources/presets/PresetBank.h"
 
 #include "element/Element.h"
+#include "element/ElementFactory.h"
 #include "element/ElementPersistence.h"
 #include "element/ParameterDescription.h"
 #include "resources/UserFolders.h"
@@ -179,6 +180,27 @@ bool PresetBank::loadPreset(const Path& path)
     if (child->QueryIntAttribute((bound->typeName().text() + "Version").c_str(), &version) != tinyxml2::XML_SUCCESS)
         version = 0;
     return applyPreset(*bound, *child, version, path);
+}
+
+bool PresetBank::loadDefaults()
+{
+    const std::shared_ptr<Element> bound = element();
+    if (bound == nullptr)
+        return false;
+    const std::shared_ptr<Element> fresh = ElementFactory::instance().create(bound->typeName().text());
+    if (fresh == nullptr)
+        return false;
+    auto document = makeXmlDocument();
+    tinyxml2::XMLElement* root = document->NewElement("Module");
+    document->InsertEndChild(root);
+    SaveOptions options;
+    tinyxml2::XMLElement* node = fresh->saveXml(root, options);
+    if (node == nullptr)
+        return false;
+    int version = 0;
+    if (node->QueryIntAttribute((bound->typeName().text() + "Version").c_str(), &version) != tinyxml2::XML_SUCCESS)
+        version = 0;
+    return applyPreset(*bound, *node, version, Path());
 }
 
 bool PresetBank::savePreset(const Path& chosen)

@@ -39,6 +39,9 @@ public:
     // False when nothing is bound, the file does not read as XML, the root or
     // the element's tag is wrong, or there is no child. The element is then unchanged.
     bool loadPreset(const Path& path);
+    // Applies the values of a newly made element of the same type, as a preset
+    // with no file: the property is emptied, locked parameters stay.
+    bool loadDefaults();
 
     // Writes every attribute of the element to `chosen` (".fxps" added when
     // missing), creating the user folder first. On success the property names
