@@ -110,7 +110,8 @@ TEST_F(EditorTest, TheLfoPictureDrawsRampsAtFullSymmetryWithoutDividingByZero)
                 // A ramp runs one way the whole period and jumps back once: over the two
                 // periods across the picture the direction changes only at those jumps.
                 std::vector<float> ys;
-                for (juce::Path::Iterator it(display.buildCurve()); it.next();)
+                const juce::Path curve = display.buildCurve();
+                for (juce::Path::Iterator it(curve); it.next();)
                     ys.push_back(it.y1);
                 ASSERT_GT(ys.size(), 4u * std::size_t(display.getWidth()));
                 int turns = 0, lastDirection = 0;

@@ -26,8 +26,9 @@ struct WindowLoad
     std::vector<std::pair<juce::String, double>> repaintMilliseconds;
 };
 
-/** The window open and expanded at a display scale, every picture moving, for a while. */
-WindowLoad measureAnimatedWindow(float scale, double seconds);
+/** The window open and expanded at a display scale, every picture moving (the reels
+    too, when asked), for a while. */
+WindowLoad measureAnimatedWindow(float scale, double seconds, bool reelsRunning);
 
 /** One paint of the whole window at a scale, in milliseconds (mean of `runs`). */
 double millisecondsPerRepaint(FluxDeckPluginUI& ui, float scale, int runs);

@@ -1,10 +1,11 @@
-// flux-deck-snapshot DIR [--bench]
+// flux-deck-snapshot DIR [--bench | --bench-only]
 // Opens the plug-in's window in-process, with no display, and writes pictures of it:
 // each background (LFO, LFO settings and manual mode, collapsed and expanded), then
 // the expanded window with its pictures at work (record head, compander, flange,
 // phase invert, the transport trace), then the open menus, the A/B states and the
 // MIDI settings panel, all at scale 1 and 2. With --bench it also times full
-// repaints and what the animated window costs the message thread.
+// repaints and what the animated window costs the message thread; --bench-only
+// times without writing pictures.
 
 #include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
@@ -115,12 +116,14 @@ int main(int argc, char** argv)
 {
     if (argc < 2)
     {
-        std::cerr << "usage: flux-deck-snapshot DIR [--bench]\n";
+        std::cerr << "usage: flux-deck-snapshot DIR [--bench | --bench-only]\n";
         return 2;
     }
     juce::ScopedJuceInitialiser_GUI juceSystem;
     const juce::File dir = juce::File::getCurrentWorkingDirectory().getChildFile(argv[1]);
-    const bool bench = argc > 2 && juce::String(argv[2]) == "--bench";
+    const juce::String option = argc > 2 ? argv[2] : "";
+    const bool benchOnly = option == "--bench-only";
+    const bool bench = benchOnly || option == "--bench";
     if (!dir.createDirectory())
     {
         std::cerr << "cannot create " << dir.getFullPathName() << "\n";
@@ -131,6 +134,8 @@ int main(int argc, char** argv)
     Album album(dir);
     for (int scale : {1, 2})
     {
+        if (benchOnly)
+            break;
         overrideDisplayImageScale(scale); // the twins a screen of this density would get
         if (!writePages(album, scale, bench) || !writeScenes(album, scale))
             return 1;
@@ -139,20 +144,23 @@ int main(int argc, char** argv)
             return 1;
         album.written += menus;
     }
-    std::cout << "wrote " << album.written << " pictures into " << dir.getFullPathName() << "\n";
+    if (!benchOnly)
+        std::cout << "wrote " << album.written << " pictures into " << dir.getFullPathName() << "\n";
 
     if (bench)
         for (int scale : {1, 2})
-        {
-            overrideDisplayImageScale(scale);
-            const WindowLoad load = measureAnimatedWindow(float(scale), 5.0);
-            std::cout << "animated window, scale " << scale << ": " << juce::String(load.cpuMillisecondsPerSecond, 1)
-                      << " ms of message-thread CPU per second (" << juce::String(load.cpuMillisecondsPerSecond / 10.0, 2)
-                      << "% of a core), " << load.frames << " frames; the loop with the window closed: "
-                      << juce::String(load.closedWindowMillisecondsPerSecond, 1) << " ms/s, not counted\n";
-            for (const auto& [name, milliseconds] : load.repaintMilliseconds)
-                std::cout << "  " << name << ": " << juce::String(milliseconds, 3) << " ms a repaint\n";
-        }
+            for (bool reels : {true, false})
+            {
+                overrideDisplayImageScale(scale);
+                const WindowLoad load = measureAnimatedWindow(float(scale), 5.0, reels);
+                std::cout << "animated window, scale " << scale << (reels ? ", reels running: " : ", reels stopped: ")
+                          << juce::String(load.cpuMillisecondsPerSecond, 1) << " ms of message-thread CPU per second ("
+                          << juce::String(load.cpuMillisecondsPerSecond / 10.0, 1) << "% of a core), " << load.frames
+                          << " frames; the loop with the window closed: "
+                          << juce::String(load.closedWindowMillisecondsPerSecond, 1) << " ms/s, not counted\n";
+                for (const auto& [name, milliseconds] : load.repaintMilliseconds)
+                    std::cout << "  " << name << ": " << juce::String(milliseconds, 3) << " ms a repaint\n";
+            }
     overrideDisplayImageScale(0);
     return 0;
 }

@@ -59,6 +59,8 @@ private:
     // Each deck's curve is the same sine moved sideways: it is drawn once into a
     // strip one period wider than the picture, and each frame only places the strip.
     void prepareStrips(int width, int height, float scale);
+    /** Where a deck's strip is drawn for its shift, in whole device pixels of the last paint. */
+    float stripOffset(float shift, float width) const;
     void drawStrip(juce::Graphics& g, const juce::Image& strip, float shift, float width) const;
 
     Values values;
