@@ -43,6 +43,15 @@ struct UserWindowSettings
     float reelTime;
 };
 
+juce::MouseEvent clickOn(juce::Component& target)
+{
+    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
+    const juce::Time now = juce::Time::getCurrentTime();
+    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre,
+                            juce::ModifierKeys::leftButtonModifier, juce::MouseInputSource::defaultPressure, 0.0f, 0.0f,
+                            0.0f, 0.0f, &target, &target, now, centre, now, 1, false);
+}
+
 /** Host parameters worth moving while the pictures watch: each one redraws something. */
 const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "MagneticHardness", "Hysteresis",
                                           "Speed",            "Spacing",     "Thickness",        "Azimuth",
@@ -53,7 +62,6 @@ const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "Ma
 TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
 {
     const UserWindowSettings keep;
-    windowSettings::writeBool("ui.reel", true); // the reels turn from the start
     overrideDisplayImageScale(1);
 
     FluxDeckPlugin plugin;
@@ -75,6 +83,9 @@ TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
     auto& ui = dynamic_cast<FluxDeckPluginUI&>(*editor);
     ui.setExpanded(true);
     FluxDeckEditor& panel = ui.getEditor();
+    if (!panel.isReelRunning())
+        panel.mouseDown(clickOn(panel.getReel(true))); // the reels turn from the start
+    ASSERT_TRUE(panel.isReelRunning());
     const float reelTimeBefore = panel.getReelTime();
 
     std::atomic<bool> running {true};

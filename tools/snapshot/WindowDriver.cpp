@@ -1,6 +1,5 @@
 #include "snapshot/WindowDriver.h"
 
-#include "editor/WindowSettings.h"
 #include "element/ParameterRegistry.h"
 #include "tape/FluxDeckProcessor.h"
 
@@ -31,9 +30,19 @@ WindowDriver::~WindowDriver()
 void WindowDriver::openWindow(bool expanded, bool reelsRunning)
 {
     ui.reset();
-    windowSettings::writeBool("ui.reel", reelsRunning);
     ui.reset(dynamic_cast<FluxDeckPluginUI*>(effectPlugin->createEditor()));
     ui->setExpanded(expanded);
+    FluxDeckEditor& main = ui->getEditor();
+    if (main.isReelRunning() != reelsRunning)
+    {
+        // A click on a reel starts or stops both, as the user would.
+        juce::Slider& reel = main.getReel(true);
+        const juce::Point<float> centre = reel.getLocalBounds().getCentre().toFloat();
+        const juce::Time now = juce::Time::getCurrentTime();
+        main.mouseDown(juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre,
+                                        juce::ModifierKeys::leftButtonModifier, juce::MouseInputSource::defaultPressure,
+                                        0.0f, 0.0f, 0.0f, 0.0f, &reel, &reel, now, centre, now, 1, false));
+    }
     settle();
 }
 

@@ -24,8 +24,7 @@ public:
     FluxDeckPluginUI& window() { return *ui; }
     FluxDeckEditor& panel() { return ui->getEditor(); }
 
-    /** Opens the window; the reels start running when asked (through the setting the
-        window reads as it opens). */
+    /** Opens the window; the reels run when asked, started or stopped by a click. */
     void openWindow(bool expanded, bool reelsRunning = false);
     void closeWindow() { ui.reset(); }
 
