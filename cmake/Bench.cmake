@@ -12,3 +12,9 @@ if(FLUXDECK_BENCH_SOURCES)
   fluxdeck_use_shared_code(fluxdeck_bench)
   target_link_libraries(fluxdeck_bench PRIVATE fluxdeck_warnings benchmark::benchmark)
 endif()
+
+# The performance report: whole plug-in and decks alone on programme material, per
+# stage, and memory per instance (README, "Performance").
+add_executable(fluxdeck_perf ${PROJECT_SOURCE_DIR}/bench/perf/FluxDeckPerf.cpp)
+fluxdeck_use_shared_code(fluxdeck_perf)
+target_link_libraries(fluxdeck_perf PRIVATE fluxdeck_warnings)

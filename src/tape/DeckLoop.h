@@ -16,36 +16,78 @@ namespace oxa
 {
 
 // Noise reduction around the record head, by type: 0 none, 1 pre-emphasis,
-// 2 three-band, 3 sliding band.
-template <int Type>
-inline double encodeStage(TapeDeck& deck, double h) noexcept
+// 2 three-band, 3 sliding band. Path is a deck or the record path it fades out.
+// InLanes: the solvers try their two points per step side by side (the same result
+// bit for bit; the plain form is the reference).
+template <int Type, bool InLanes, class Path>
+inline double encodeStage(Path& path, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four encoder types");
     if constexpr (Type == 1)
-        return deck.preEmphasis.encode(h);
+        return path.preEmphasis.encode(h);
     else if constexpr (Type == 2)
-        return deck.threeBand.encode(h);
+        return path.threeBand.encode(h);
     else if constexpr (Type == 3)
-        return deck.slidingBand.encode(h);
+        return InLanes ? path.slidingBand.encodeInLanes(h) : path.slidingBand.encode(h);
     else
         return h;
 }
 
-template <int Type>
-inline double decodeStage(TapeDeck& deck, double h) noexcept
+template <int Type, bool InLanes, class Path>
+inline double decodeStage(Path& path, double h) noexcept
 {
     static_assert(Type >= 0 && Type <= 3, "four decoder types");
     if constexpr (Type == 1)
-        return deck.preEmphasis.decode(h);
+        return path.preEmphasis.decode(h);
     else if constexpr (Type == 2)
-        return deck.threeBand.decode(h);
+        return InLanes ? path.threeBand.decodeInLanes(h) : path.threeBand.decode(h);
     else if constexpr (Type == 3)
-        return deck.slidingBand.decode(h);
+        return InLanes ? path.slidingBand.decodeInLanes(h) : path.slidingBand.decode(h);
     else
         return h;
 }
 
-template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck>
+// The same stages for the four decks of a stereo pair at once: the solvers of the
+// heavy types take their steps side by side.
+template <int Type>
+inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
+{
+    if constexpr (Type == 3)
+    {
+        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
+                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
+        SlidingBandCompander::encodeFourInLanes(companders, h);
+    }
+    else
+    {
+        for (int d = 0; d < 4; ++d)
+            h[d] = encodeStage<Type, true>(*decks[d], h[d]);
+    }
+}
+
+template <int Type>
+inline void decodeFour(TapeDeck* const* decks, double* h) noexcept
+{
+    if constexpr (Type == 2)
+    {
+        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
+                                                  &decks[3]->threeBand};
+        ThreeBandCompander::decodeFourInLanes(companders, h);
+    }
+    else if constexpr (Type == 3)
+    {
+        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
+                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
+        SlidingBandCompander::decodeFourInLanes(companders, h);
+    }
+    else
+    {
+        for (int d = 0; d < 4; ++d)
+            h[d] = decodeStage<Type, true>(*decks[d], h[d]);
+    }
+}
+
+template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck, bool InLanes>
 class DeckLoop
 {
 public:
@@ -63,11 +105,11 @@ public:
           inputGliding(d.inputGainRamp.isMoving()),
           recordOn(d.recordHead.on != 0),
           feedbackGain(d.feedback * d.feedbackCompensation),
-          driveGain(d.logDriveRamp.isMoving() ? glidingDrive(d.logDriveRamp, d.logDriveRamp.position - 1) : d.drive),
+          driveGain(d.appliedDrive),
           noiseGain(d.noiseGain),
           share(LfoMode ? 0.5 : outputShare),
-          driveGliding(d.logDriveRamp.isMoving()),
-          ramping(driveGliding || d.makeupRamp.isMoving()),
+          fading(d.driveFade.isMoving()),
+          ramping(d.makeupRamp.isMoving()),
           makeup(d.makeupRamp.value()),
           lfoIncrement(static_cast<float>(d.lfoRate / d.sampleRate)),
           lfoTime(d.lfoPhaseAccumulator),
@@ -82,6 +124,12 @@ public:
     // encoder. Returns what goes into the record head. deviation receives the
     // speed deviation for the monitor (second deck only).
     inline double beforeHead(float input, float* deviation) noexcept
+    {
+        return encodeStage<Encoder, InLanes>(deck, beforeEncoder(input, deviation));
+    }
+
+    // beforeHead() up to the encoder: returns what goes into it.
+    inline double beforeEncoder(float input, float* deviation) noexcept
     {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         if (inputGliding)
@@ -119,42 +167,36 @@ public:
             r += feedbackGain * TapeHead::readAt(outRing, ringLength, writeIndex, feedbackDelay);
         }
 
-        if (driveGliding)
-        {
-            // The makeup is that of the drive of this very sample: a linear glide of its
-            // own would let the level through the saturator swell mid-way.
-            const double previous = driveGain;
-            driveGain = glidingDrive(deck.logDriveRamp, deck.logDriveRamp.position);
-            makeup = RecordHead::makeupGain(driveGain, deck.recordHead.a, deck.recordHead.k);
-            // The head's memory holds the field at the drive it was recorded with; carried
-            // over to the new drive, a glide down does not release it as a thump.
-            deck.recordHead.rescaleField(driveGain / previous);
-        }
-        else if (ramping)
-        {
+        if (fading)
+            outgoingValue = recordOutgoing(r);
+        if (ramping)
             makeup = deck.makeupRamp.value();
-        }
         const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
-        return encodeStage<Encoder>(deck, saturated);
+        return saturated;
     }
 
     // Second half: decoder, playback response, makeup, tape out. Returns the
     // deck's share of the output.
     inline float afterHead(double fromHead) noexcept
     {
+        return afterDecoder(decodeStage<Decoder, InLanes>(deck, fromHead));
+    }
+
+    // afterHead() from what the decoder gave.
+    inline float afterDecoder(double decoded) noexcept
+    {
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        double v = decodeStage<Decoder>(deck, fromHead) / makeup;
+        double v = decoded / makeup;
+        if (fading)
+            v = fadeFromOutgoing(v);
         v = TapeCeiling::apply(deck.playbackFilters.process(v));
         outRing[writeIndex] = v;
 
         if (ramping)
-        {
             deck.makeupRamp.advance(1);
-            deck.logDriveRamp.advance(1);
-        }
         ++s;
         if (++writeIndex == ringLength)
             writeIndex = 0;
@@ -162,6 +204,7 @@ public:
     }
 
     RecordHead& recordHead() noexcept { return deck.recordHead; }
+    TapeDeck& tapeDeck() noexcept { return deck; }
 
     // Writes back what the loop kept in locals; samples is the count processed.
     void finish(int samples) noexcept
@@ -178,15 +221,27 @@ public:
     }
 
 private:
-    // The drive at a position of its glide: an S-curve in decibels, so that the glide
-    // starts and ends without a corner the head's memory would answer with a thump. A
-    // block starts from the drive of the sample before, so the head's rescaling never
-    // skips a step.
-    static double glidingDrive(const LinearRamp& logDrive, std::int32_t position) noexcept
+    // The old record path, at the old drive and makeup, on the same tape read.
+    double recordOutgoing(double r) noexcept
     {
-        const double t = static_cast<double>(position < 0 ? 0 : position) / static_cast<double>(logDrive.length);
+        OutgoingRecordPath& path = deck.outgoing;
+        const double saturated = tapeTanh(r * path.drive * 0.01) * 100.0;
+        path.recordHead.noiseLevel = path.makeup * noiseGain;
+        const double recorded = path.recordHead.process(encodeStage<Encoder, InLanes>(path, saturated));
+        return decodeStage<Decoder, InLanes>(path, recorded) / path.makeup;
+    }
+
+    // Mixes the two paths with an S-curve. The shares sum to a little more than 1 mid-way:
+    // the two paths sound alike only for quiet material, and where a saturated head makes
+    // them differ, a plain sum of shares would dip.
+    double fadeFromOutgoing(double incoming) noexcept
+    {
+        const double t = static_cast<double>(deck.driveFade.value());
         const double shaped = t * t * (3.0 - 2.0 * t);
-        return std::exp(logDrive.from + (logDrive.to - logDrive.from) * shaped);
+        const double mixed = std::pow(1.0 - shaped, fadeLaw) * outgoingValue + std::pow(shaped, fadeLaw) * incoming;
+        deck.driveFade.advance(1);
+        fading = deck.driveFade.isMoving();
+        return mixed;
     }
 
     double flangePhaseAt(float t) const noexcept
@@ -229,9 +284,11 @@ private:
     double driveGain;
     double noiseGain;
     double share;
-    bool driveGliding;
+    bool fading;
     bool ramping;
     double makeup;
+    double outgoingValue = 0.0;
+    static constexpr double fadeLaw = 0.9;
     float lfoIncrement;
     float lfoTime;
     float lastLfoTime;

@@ -30,6 +30,7 @@ void Demagnetisation::reset() noexcept
     std::fill (curve, curve + 4, 0.0);
     sectionStart = 0;
     sectionLength = static_cast<uint64_t> (sampleRate / degradeRate);
+    segmentSamples = samplesPerSegment();
 }
 
 void Demagnetisation::setDepth (double depth) noexcept
@@ -45,6 +46,7 @@ bool Demagnetisation::setRate (double rate, uint64_t currentSample) noexcept
     degradeRate = rate;
     sectionStart = currentSample;
     sectionLength = static_cast<uint64_t> (sampleRate / rate);
+    segmentSamples = samplesPerSegment();
     return true;
 }
 
@@ -77,8 +79,7 @@ void Demagnetisation::beginSegment (uint64_t sampleIndex, uint64_t segmentLength
 
 double Demagnetisation::gainAt (uint64_t s) noexcept
 {
-    const uint64_t segmentLength = samplesPerSegment();
-
+    const uint64_t segmentLength = segmentSamples;
     if (s == sectionStart + sectionLength)
     {
         sectionStart += segmentCount (degradePair.next()) * segmentLength + sectionLength;

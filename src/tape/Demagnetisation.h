@@ -52,6 +52,8 @@ private:
     uint64_t sectionStart = 0;
     uint64_t sectionLength = 4800;
     double sampleRate = 48000.0;
+    // samplesPerSegment() for the current rate: two divisions a sample saved.
+    uint64_t segmentSamples = 4800;
 };
 
 } // namespace oxa

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tape/Lanes.h"
+
 namespace oxa
 {
 
@@ -22,21 +24,19 @@ public:
         return (delta * 0.5 + charge) * invC;
     }
 
-    // The same level, leaving no trace.
-    double levelFor (double x) const noexcept
+    // The same level, leaving no trace; for one double or two in lanes.
+    template <class T>
+    T levelFor (T x) const noexcept
     {
-        const double step = (x < 0.0 ? -x : x) * g1 + chargeTerm;
+        const T step = select (x < 0.0, -x, x) * g1 + chargeTerm;
         return (step * 0.5 + charge) * invC;
     }
 
     // The curve for a level e.
-    double shape (double e) const noexcept
+    template <class T>
+    T shape (T e) const noexcept
     {
-        if (e < low)
-            return e;
-        if (e > high)
-            return (e - high) * slope + top;
-        return ((c3 * e + c2) * e + c1) * e + c0;
+        return select (e < low, e, select (e > high, (e - high) * slope + top, ((c3 * e + c2) * e + c1) * e + c0));
     }
 
     // The input scaled so that its level lands on the curve.
@@ -54,6 +54,13 @@ public:
         const double eY = levelFor (y) * 1.4142135623730951;
         outX = shape (eX) * x / (eX + 1e-16);
         outY = shape (eY) * y / (eY + 1e-16);
+    }
+
+    // applyPair with the candidates in the two lanes: the same results bit for bit.
+    Lanes applyInLanes (Lanes x) const noexcept
+    {
+        const Lanes e = levelFor (x) * 1.4142135623730951;
+        return shape (e) * x / (e + 1e-16);
     }
 
     void commit() noexcept

@@ -1,17 +1,20 @@
 #pragma once
 
+#include "tape/Lanes.h"
+
 #include <cmath>
 
 namespace oxa
 {
 
 // First-order shelf b (s + a) / (s + a b) through the bilinear transform: unity at low
-// frequency, b times at high frequency.
-struct ShelfCoefficients
+// frequency, b times at high frequency. T is a double, or two in lanes for two corners.
+template <class T>
+struct BasicShelfCoefficients
 {
-    double c0 = 1.0, c1 = 0.0, d0 = 1.0, d1 = 0.0;
+    T c0 = 1.0, c1 = 0.0, d0 = 1.0, d1 = 0.0;
 
-    void design (double a, double b, double sampleRate) noexcept
+    void design (T a, double b, double sampleRate) noexcept
     {
         c0 = a * b + 2.0 * b * sampleRate;
         c1 = a * b - 2.0 * b * sampleRate;
@@ -19,6 +22,8 @@ struct ShelfCoefficients
         d1 = a * b - 2.0 * sampleRate;
     }
 };
+
+using ShelfCoefficients = BasicShelfCoefficients<double>;
 
 // The fixed pre-emphasis pair: the encoder lifts highs twofold, the decoder is its exact
 // inverse. Each side keeps its own history.

@@ -1,5 +1,8 @@
 #include "tape/RecordHead.h"
 
+#include "tape/Lanes.h"
+
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -12,24 +15,53 @@ constexpr float tanhfSaturation = 10.0f;
 constexpr int maxPasses = 10;
 constexpr double tolerance = 1e-6;
 
-inline double antiderivative(double m, double a) noexcept
+// Written for one double or for two in lanes: the arithmetic is the same, operation
+// for operation, so the lanes give the single head's result bit for bit.
+template <class T>
+inline T antiderivative(T m, T a) noexcept
 {
     return (0.0224778046 * m * m + a * 0.5 - 0.427861251) * m * m;
 }
 
-inline double anhysteretic(double m, double a) noexcept
+template <class T>
+inline T anhysteretic(T m, T a) noexcept
 {
     return (a - 0.855722502 + 0.0899112184 * m * m) * m;
+}
+
+// One Newton pass from x on  H = mean of G over the step + (fs / k) * step;
+// returns the new x and sets correction.
+template <class T>
+inline T newtonStep(T drivenH, T m0, T f0, T fsOverK, T a, T x, T& correction) noexcept
+{
+    const T s = m0 + x;
+    const T inverseStep = 1.0 / (x + 1e-16);
+    const T mean = (antiderivative(s, a) - f0) * inverseStep;
+    correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
+    return x - correction;
 }
 } // namespace
 
 void RecordHead::rescaleField(double factor) noexcept
 {
-    // One Newton step on G(M') = factor * G(M): enough for the small steps of a glide.
-    const double m = magnetisation;
-    const double slope = a - 0.855722502 + 3.0 * 0.0899112184 * m * m;
-    if (slope > 1e-12)
-        magnetisation = m + (factor - 1.0) * anhysteretic(m, a) / slope;
+    // Solves G(M') = factor * G(M). G is odd, increasing and convex for positive M, so
+    // Newton from above (both bounds below are above the root) closes in monotonically.
+    const double target = factor * anhysteretic(std::fabs(magnetisation), a);
+    const double slope = a - 0.855722502;
+    if (!(target > 0.0) || !(slope > 0.0) || !std::isfinite(target))
+    {
+        step *= factor;
+        return;
+    }
+    double m = std::min(target / slope, std::cbrt(target / 0.0899112184));
+    for (int pass = 0; pass < 8; ++pass)
+    {
+        const double correction = (anhysteretic(m, a) - target) / (slope + 3.0 * 0.0899112184 * m * m);
+        m -= correction;
+        if (std::fabs(correction) <= 1e-12 * m)
+            break;
+    }
+    magnetisation = std::copysign(m, magnetisation);
     step *= factor;
 }
 
@@ -131,12 +163,7 @@ double RecordHead::withNoise(double h) noexcept
 inline double RecordHead::newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
                                      double& correction) const noexcept
 {
-    // Solves  H = mean of G over the step + (fs / k) * step.
-    const double s = m0 + x;
-    const double inverseStep = 1.0 / (x + 1e-16);
-    const double mean = (antiderivative(s, a) - f0) * inverseStep;
-    correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
-    return x - correction;
+    return newtonStep(drivenH, m0, f0, fsOverK, a, x, correction);
 }
 
 inline double RecordHead::commit(double x, double m0, double fsOverK) noexcept
@@ -195,6 +222,72 @@ void RecordHead::processPair(RecordHead& first, RecordHead& second, double& hFir
     }
     hFirst = first.commit(xFirst, m0First, fsOverKFirst);
     hSecond = second.commit(xSecond, m0Second, fsOverKSecond);
+}
+
+void RecordHead::processPairInLanes(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept
+{
+    RecordHead* heads[] = {&first, &second};
+    double h[] = {hFirst, hSecond};
+    solvePairsInLanes<1>(heads, h);
+    hFirst = h[0];
+    hSecond = h[1];
+}
+
+void RecordHead::processFourInLanes(RecordHead* const* heads, double* h) noexcept
+{
+    solvePairsInLanes<2>(heads, h);
+}
+
+template <int Pairs>
+void RecordHead::solvePairsInLanes(RecordHead* const* heads, double* h) noexcept
+{
+    // A pair with a head switched off runs as processPair runs it: each head alone.
+    bool allOn = true;
+    for (int i = 0; i < 2 * Pairs; ++i)
+        allOn = allOn && heads[i]->on;
+    if (!allOn)
+    {
+        for (int i = 0; i < 2 * Pairs; i += 2)
+            processPair(*heads[i], *heads[i + 1], h[i], h[i + 1]);
+        return;
+    }
+    Lanes driven[Pairs], m0[Pairs], a[Pairs], f0[Pairs], fsOverK[Pairs], x[Pairs];
+    LaneMask running[Pairs];
+    for (int p = 0; p < Pairs; ++p)
+    {
+        RecordHead& first = *heads[2 * p];
+        RecordHead& second = *heads[2 * p + 1];
+        const double drivenFirst = first.withNoise(h[2 * p]);
+        driven[p] = Lanes(drivenFirst, second.withNoise(h[2 * p + 1]));
+        m0[p] = Lanes(first.magnetisation, second.magnetisation);
+        a[p] = Lanes(first.a, second.a);
+        f0[p] = antiderivative(m0[p], a[p]);
+        fsOverK[p] = Lanes(first.sampleRate, second.sampleRate) / Lanes(first.k, second.k);
+        x[p] = Lanes(first.step, second.step);
+        running[p] = LaneMask::all();
+    }
+    // All pairs in one loop, so that several independent solves are in flight at once.
+    // A lane that has converged computes on but keeps its result, as in processPair.
+    for (int pass = 0; pass < maxPasses; ++pass)
+    {
+        bool any = false;
+        for (int p = 0; p < Pairs; ++p)
+            any = any || running[p].any();
+        if (!any)
+            break;
+        for (int p = 0; p < Pairs; ++p)
+        {
+            Lanes correction;
+            const Lanes next = newtonStep(driven[p], m0[p], f0[p], fsOverK[p], a[p], x[p], correction);
+            x[p] = select(running[p], next, x[p]);
+            running[p] = running[p] && (abs(correction) > Lanes(tolerance));
+        }
+    }
+    for (int p = 0; p < Pairs; ++p)
+    {
+        h[2 * p] = heads[2 * p]->commit(x[p].first(), m0[p].first(), fsOverK[p].first());
+        h[2 * p + 1] = heads[2 * p + 1]->commit(x[p].second(), m0[p].second(), fsOverK[p].second());
+    }
 }
 
 } // namespace oxa

@@ -43,14 +43,20 @@ struct RecordHead
     double process(double h) noexcept;
 
     // Moves the magnetisation so that the field it stands in balance with scales by
-    // factor (close to 1: one step of a gain glide). The head's memory then reads as if
-    // it had been recorded at the new gain all along, exactly so for small signals.
+    // factor. The head's memory then reads as if it had been recorded at the new gain
+    // all along: exactly so for small signals, and close for loud ones.
     void rescaleField(double factor) noexcept;
 
     // Two heads (the decks of a channel) side by side: the same arithmetic as
     // process() on each, with the two Newton solves run in one loop so that
     // the processor overlaps them. hFirst and hSecond are replaced by the outputs.
     static void processPair(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept;
+    // processPair with the two solves in the two lanes of one register: the same result
+    // bit for bit, in about half the instructions.
+    static void processPairInLanes(RecordHead& first, RecordHead& second, double& hFirst, double& hSecond) noexcept;
+    // Four heads (the decks of a stereo pair) as the pairs (0, 1) and (2, 3) of
+    // processPair, all solved in one loop; h holds the four inputs and receives the outputs.
+    static void processFourInLanes(RecordHead* const* heads, double* h) noexcept;
 
     // The small-signal slope of the anhysteretic law at the origin.
     static double smallSignalSlope(double hardness) noexcept { return hardness - 0.855722502; }
@@ -73,6 +79,8 @@ private:
                       double& correction) const noexcept;
     // Commits the step and applies the saturation law.
     double commit(double x, double m0, double fsOverK) noexcept;
+    template <int Pairs>
+    static void solvePairsInLanes(RecordHead* const* heads, double* h) noexcept;
 };
 
 } // namespace oxa

@@ -19,29 +19,57 @@ namespace
     constexpr int iterations = 2;
 
     // The corner of the sliding shelf from the sidechain level.
-    double slidingCorner (double e) noexcept
+    template <class T>
+    T slidingCorner (T e) noexcept
     {
-        const double r = (((89683.3046 * e - 310543.2) * e + 309734.797) * e - 22716.5427) * e + 1956.73632;
-        return std::min (r, maxCorner);
+        const T r = (((89683.3046 * e - 310543.2) * e + 309734.797) * e - 22716.5427) * e + 1956.73632;
+        return minWithLimit (r, T (maxCorner));
     }
 
-    // Newton on u = g(u) with a forward-difference slope; the last value stands if the
-    // few steps allowed do not converge. sidechainPair evaluates g at u and u + step.
+    // One Newton step on u = g(u) with a forward-difference slope; true once converged.
+    // sidechainPair evaluates g at u and u + step.
+    template <class SidechainPair>
+    bool solveStep (double& u, SidechainPair sidechainPair) noexcept
+    {
+        double at, beside;
+        sidechainPair (u, u + step, at, beside);
+        const double error = u - at;
+        const double correction = error / ((u + step - beside - error) * 1e6 + 1e-16);
+        u -= correction;
+        return std::abs (correction) <= step;
+    }
+
+    // The last value stands if the few steps allowed do not converge.
     template <class SidechainPair>
     double solve (double start, SidechainPair sidechainPair) noexcept
     {
         double u = start;
         for (int n = 0; n < iterations; ++n)
+            if (solveStep (u, sidechainPair))
+                break;
+        return u;
+    }
+
+    // solve() for four equations (those of four decks), each stepping exactly as alone,
+    // in turn within one loop so that the processor works on several at once.
+    // pairOf(d) gives equation d's sidechainPair; u holds the starts and gets the results.
+    template <class PairOf>
+    void solveFour (double* u, const bool* solvable, PairOf pairOf) noexcept
+    {
+        bool solving[4];
+        std::copy (solvable, solvable + 4, solving);
+        for (int n = 0; n < iterations; ++n)
         {
-            double at, beside;
-            sidechainPair (u, u + step, at, beside);
-            const double error = u - at;
-            const double correction = error / ((u + step - beside - error) * 1e6 + 1e-16);
-            u -= correction;
-            if (std::abs (correction) <= step)
+            bool any = false;
+            for (int d = 0; d < 4; ++d)
+            {
+                if (solving[d])
+                    solving[d] = ! solveStep (u[d], pairOf (d));
+                any = any || solving[d];
+            }
+            if (! any)
                 break;
         }
-        return u;
     }
 } // namespace
 
@@ -63,10 +91,11 @@ void SlidingBandSidechain::clear() noexcept
     candidateU = candidateT = candidateI = candidateO = 0.0;
 }
 
-double SlidingBandSidechain::slidingStage (double levelOfT, double i) const noexcept
+template <class T>
+T SlidingBandSidechain::slidingStage (T levelOfT, T i) const noexcept
 {
-    const double a = slidingCorner (levelOfT);
-    ShelfCoefficients sliding;
+    const T a = slidingCorner (levelOfT);
+    BasicShelfCoefficients<T> sliding;
     sliding.design (a, slidingLift, sampleRate);
     return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
 }
@@ -90,6 +119,12 @@ void SlidingBandSidechain::evaluatePair (double u, double v, double iu, double i
     const double tv = (fixedStage.c0 * v + fixedHistory) / fixedStage.d0;
     ou = slidingStage (level.levelFor (tu), iu);
     ov = slidingStage (level.levelFor (tv), iv);
+}
+
+Lanes SlidingBandSidechain::evaluateInLanes (Lanes u, Lanes i) const noexcept
+{
+    const Lanes t = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    return slidingStage (level.levelFor (t), i);
 }
 
 void SlidingBandSidechain::commit() noexcept
@@ -121,12 +156,61 @@ void SlidingBandCompander::reset() noexcept
 
 double SlidingBandCompander::encode (double x) noexcept
 {
-    if (! std::isfinite (x))
-        return x;
+    return encodeWith<false> (x);
+}
 
+double SlidingBandCompander::encodeInLanes (double x) noexcept
+{
+    return encodeWith<true> (x);
+}
+
+double SlidingBandCompander::decode (double v) noexcept
+{
+    return decodeWith<false> (v);
+}
+
+double SlidingBandCompander::decodeInLanes (double v) noexcept
+{
+    return decodeWith<true> (v);
+}
+
+template <bool InLanes>
+void SlidingBandCompander::encoderPair (double x, double a, double b, double& ga, double& gb) noexcept
+{
+    if constexpr (InLanes)
+    {
+        const Lanes out = encoder.evaluateInLanes (Lanes (a, b), Lanes (x));
+        ga = out.first();
+        gb = out.second();
+    }
+    else
+    {
+        encoder.evaluatePair (a, b, x, x, ga, gb);
+    }
+}
+
+template <bool InLanes>
+void SlidingBandCompander::decoderPair (double v, double a, double b, double& ga, double& gb) noexcept
+{
+    EnvelopeCurve& curve = decoder.getCurve();
+    if constexpr (InLanes)
+    {
+        const Lanes candidates (a, b);
+        const Lanes out = decoder.evaluateInLanes (candidates, v - curve.applyInLanes (candidates));
+        ga = out.first();
+        gb = out.second();
+    }
+    else
+    {
+        double curvedA, curvedB;
+        curve.applyPair (a, b, curvedA, curvedB);
+        decoder.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
+    }
+}
+
+double SlidingBandCompander::finishEncode (double x, double u) noexcept
+{
     SlidingBandSidechain& side = encoder;
-    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb)
-                            { side.evaluatePair (a, b, x, x, ga, gb); });
     side.solution = u;
     side.evaluate (u, x);
     const double y = x + side.getCurve().apply (u);
@@ -134,23 +218,68 @@ double SlidingBandCompander::encode (double x) noexcept
     return y;
 }
 
-double SlidingBandCompander::decode (double v) noexcept
+double SlidingBandCompander::finishDecode (double v, double u) noexcept
 {
-    if (! std::isfinite (v))
-        return v;
-
     SlidingBandSidechain& side = decoder;
-    EnvelopeCurve& curve = side.getCurve();
-    const double u = solve (side.solution, [&] (double a, double b, double& ga, double& gb) {
-        double curvedA, curvedB;
-        curve.applyPair (a, b, curvedA, curvedB);
-        side.evaluatePair (a, b, v - curvedA, v - curvedB, ga, gb);
-    });
     side.solution = u;
-    const double y = v - curve.apply (u);
+    const double y = v - side.getCurve().apply (u);
     side.evaluate (u, y);
     side.commit();
     return y;
+}
+
+template <bool InLanes>
+double SlidingBandCompander::encodeWith (double x) noexcept
+{
+    if (! std::isfinite (x))
+        return x;
+    const double u = solve (encoder.solution, [&] (double a, double b, double& ga, double& gb)
+                            { encoderPair<InLanes> (x, a, b, ga, gb); });
+    return finishEncode (x, u);
+}
+
+template <bool InLanes>
+double SlidingBandCompander::decodeWith (double v) noexcept
+{
+    if (! std::isfinite (v))
+        return v;
+    const double u = solve (decoder.solution, [&] (double a, double b, double& ga, double& gb)
+                            { decoderPair<InLanes> (v, a, b, ga, gb); });
+    return finishDecode (v, u);
+}
+
+void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* companders, double* x) noexcept
+{
+    double u[4];
+    bool finite[4];
+    for (int d = 0; d < 4; ++d)
+    {
+        finite[d] = std::isfinite (x[d]);
+        u[d] = companders[d]->encoder.solution;
+    }
+    solveFour (u, finite, [&] (int d) {
+        return [&, d] (double a, double b, double& ga, double& gb) { companders[d]->encoderPair<true> (x[d], a, b, ga, gb); };
+    });
+    for (int d = 0; d < 4; ++d)
+        if (finite[d])
+            x[d] = companders[d]->finishEncode (x[d], u[d]);
+}
+
+void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept
+{
+    double u[4];
+    bool finite[4];
+    for (int d = 0; d < 4; ++d)
+    {
+        finite[d] = std::isfinite (v[d]);
+        u[d] = companders[d]->decoder.solution;
+    }
+    solveFour (u, finite, [&] (int d) {
+        return [&, d] (double a, double b, double& ga, double& gb) { companders[d]->decoderPair<true> (v[d], a, b, ga, gb); };
+    });
+    for (int d = 0; d < 4; ++d)
+        if (finite[d])
+            v[d] = companders[d]->finishDecode (v[d], u[d]);
 }
 
 } // namespace oxa

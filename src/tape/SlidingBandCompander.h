@@ -21,6 +21,8 @@ public:
 
     // evaluate() for two candidates at once, leaving no trace.
     void evaluatePair (double u, double v, double iu, double iv, double& ou, double& ov) const noexcept;
+    // evaluatePair with the candidates in lanes: the same results bit for bit.
+    Lanes evaluateInLanes (Lanes u, Lanes i) const noexcept;
 
     // The curve that turns the sidechain into what is added to the signal.
     EnvelopeCurve& getCurve() noexcept { return curve; }
@@ -28,7 +30,8 @@ public:
     double solution = 0.0; // the last accepted u, where the next solve starts
 
 private:
-    double slidingStage (double levelOfT, double i) const noexcept;
+    template <class T>
+    T slidingStage (T levelOfT, T i) const noexcept;
 
     double sampleRate = 48000.0;
     EnvelopeCurve curve;
@@ -55,8 +58,26 @@ public:
 
     double encode (double x) noexcept;
     double decode (double v) noexcept;
+    // The same with each solver step's two trial points in lanes: bit for bit alike.
+    double encodeInLanes (double x) noexcept;
+    double decodeInLanes (double v) noexcept;
+    // The same for the companders of four decks, values in and out, solved side by side.
+    static void encodeFourInLanes (SlidingBandCompander* const* companders, double* x) noexcept;
+    static void decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept;
 
 private:
+    template <bool InLanes>
+    void encoderPair (double x, double a, double b, double& ga, double& gb) noexcept;
+    template <bool InLanes>
+    void decoderPair (double v, double a, double b, double& ga, double& gb) noexcept;
+    // What follows the solve: the sidechain takes the solution and the sample is made.
+    double finishEncode (double x, double u) noexcept;
+    double finishDecode (double v, double u) noexcept;
+    template <bool InLanes>
+    double encodeWith (double x) noexcept;
+    template <bool InLanes>
+    double decodeWith (double v) noexcept;
+
     SlidingBandSidechain encoder;
     SlidingBandSidechain decoder;
 };

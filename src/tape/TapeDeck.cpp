@@ -83,35 +83,40 @@ void TapeDeck::reset() noexcept
 void TapeDeck::followTargets() noexcept
 {
     const auto makeup = static_cast<float>(makeupTarget);
-    const float logDrive = logOfDrive(drive);
     const auto length = static_cast<std::int32_t>(sampleRate * 0.1);
-    if (logDrive != logDriveRamp.to)
-    {
-        // While the drive glides, the render takes the makeup of each sample's drive;
-        // the makeup glide waits at its end.
-        logDriveRamp.rampTo(logDrive, length);
-        makeupRamp.set(makeup);
-    }
-    else if (makeup != makeupRamp.to)
-    {
+    if (drive != appliedDrive && !driveFade.isMoving() && length > 0)
+        startDriveFade(static_cast<std::int32_t>(sampleRate * driveFadeSeconds));
+    else if (makeup != makeupRamp.to && !driveFade.isMoving())
         makeupRamp.rampTo(makeup, length);
-    }
     const auto gain = static_cast<float>(inputGain);
     if (gain != inputGainRamp.to)
         inputGainRamp.rampTo(gain, static_cast<std::int32_t>(sampleRate * gainGlideSeconds));
 }
 
+void TapeDeck::startDriveFade(std::int32_t length) noexcept
+{
+    outgoing.recordHead = recordHead;
+    outgoing.preEmphasis = preEmphasis;
+    outgoing.slidingBand = slidingBand;
+    outgoing.threeBand = threeBand;
+    outgoing.drive = appliedDrive;
+    outgoing.makeup = makeupRamp.value();
+    // The new path starts from the old one's memory carried over to the new drive, so it
+    // is close to settled when its share grows.
+    if (appliedDrive > 0.0 && drive > 0.0)
+        recordHead.rescaleField(drive / appliedDrive);
+    appliedDrive = drive;
+    makeupRamp.set(static_cast<float>(makeupTarget));
+    driveFade.set(0.0f);
+    driveFade.rampTo(1.0f, length);
+}
+
 void TapeDeck::jumpToTargets() noexcept
 {
     makeupRamp.set(static_cast<float>(makeupTarget));
-    logDriveRamp.set(logOfDrive(drive));
+    appliedDrive = drive;
+    driveFade.set(1.0f);
     inputGainRamp.set(static_cast<float>(inputGain));
-}
-
-float TapeDeck::logOfDrive(double linearDrive) noexcept
-{
-    // A drive of nothing glides from far below, not from minus infinity.
-    return static_cast<float>(std::log(std::max(linearDrive, 1e-6)));
 }
 
 void TapeDeck::setRecordHardness(double a) noexcept

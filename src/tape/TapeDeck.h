@@ -21,12 +21,29 @@ namespace oxa
 //
 // Fields are written directly by the parameter setters where a write has no
 // side effect; the methods below cover the writes that do.
+// The record path as it stood before a Drive change: noise reduction and magnetic head,
+// with the drive and makeup it recorded with. It plays on while the deck fades over to
+// the path at the new drive.
+struct OutgoingRecordPath
+{
+    RecordHead recordHead;
+    PreEmphasis preEmphasis;
+    SlidingBandCompander slidingBand;
+    ThreeBandCompander threeBand;
+    double drive = 1.0;
+    double makeup = 1.0;
+};
+
 struct TapeDeck
 {
     static constexpr int forwardHead = 0;
     static constexpr int feedbackHeadIndex = 1;
     // Gains glide this long to a new value, so that automation and knob moves do not zipper.
     static constexpr double gainGlideSeconds = 0.02;
+    // A Drive change fades between record paths this long: long enough for the new path's
+    // head to settle before it has the larger share, short enough that the two paths do
+    // not sound side by side for long.
+    static constexpr double driveFadeSeconds = 0.15;
 
     RecordHead recordHead;
     PlaybackFilterChain playbackFilters;
@@ -64,10 +81,12 @@ struct TapeDeck
     float LFOSwing = 0.0f;
     LinearRamp makeupRamp;
     double makeupTarget = 1.0;
-    // The natural logarithm of the drive the saturator applies; drive is its target. It
-    // glides evenly in decibels, so that it nears a low drive gently and the tape's
-    // magnetisation can follow it down without a thump.
-    LinearRamp logDriveRamp;
+    // The drive the saturator applies; drive is its target. A change does not glide
+    // through the drives between: a saturated head sounds different at each, so its level
+    // would wander. The deck fades from the old record path to the new one instead.
+    double appliedDrive = 1.0;
+    OutgoingRecordPath outgoing;
+    LinearRamp driveFade; // 0 to 1: the new path's share, before shaping
     // The input gain the tape is recorded with; inputGain is its target.
     LinearRamp inputGainRamp;
     std::uint8_t compensationOn = 1;
@@ -85,13 +104,12 @@ struct TapeDeck
     void reset() noexcept;
 
     // ---- render support: the glides are the audio thread's own ----
-    // Sets every glide moving towards what the setters last wrote: the drive (with the
-    // makeup of each of its steps) or the makeup alone over a tenth of a second, the
-    // input gain over 20 ms.
+    // Sets every glide moving towards what the setters last wrote: a drive change fades
+    // over to the new record path (a change during a fade waits for its end), a makeup
+    // change alone glides over a tenth of a second, the input gain over 20 ms.
     void followTargets() noexcept;
     // Puts every glide at its target at once.
     void jumpToTargets() noexcept;
-    static float logOfDrive(double linearDrive) noexcept;
 
     // ---- setter support: writes with side effects ----
     // Hardness a, resistance k and drive all move the makeup target.
@@ -135,6 +153,9 @@ struct TapeDeck
     double flangeTargetDelay() const noexcept;
 
 private:
+    // Copies the record path for the fade, carries the head's memory to the new drive
+    // and starts the fade over length samples.
+    void startDriveFade(std::int32_t length) noexcept;
     // Compensation for the current design when it and the chain are on, else 1.
     void updateCompensation() noexcept;
     // After a redesign: the compensation follows when it is on, whether or not the chain is.

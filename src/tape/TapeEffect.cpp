@@ -2,6 +2,7 @@
 
 #include "tape/Decibels.h"
 #include "tape/DeckLoop.h"
+#include "tape/Lanes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,8 +26,8 @@ void sanitise(float* x, std::uint32_t n) noexcept
 }
 
 // Both decks of a channel in one loop: their recursions are independent, so
-// the processor can overlap them.
-template <bool LfoMode, int Encoder, int Decoder>
+// the processor can overlap them. InLanes: the solvers work in SIMD lanes.
+template <bool LfoMode, int Encoder, int Decoder, bool InLanes>
 void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviation) noexcept
 {
     TapeDeck& first = channel.decks[0];
@@ -38,15 +39,18 @@ void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviatio
         firstShare = 1.0 - manualCrossfade(first.flangePhase, first.fade);
         secondShare = manualCrossfade(second.flangePhase, second.fade);
     }
-    DeckLoop<LfoMode, Encoder, Decoder, false> a(first, firstShare);
-    DeckLoop<LfoMode, Encoder, Decoder, true> b(second, secondShare);
+    DeckLoop<LfoMode, Encoder, Decoder, false, InLanes> a(first, firstShare);
+    DeckLoop<LfoMode, Encoder, Decoder, true, InLanes> b(second, secondShare);
     const float sign = channel.phaseInvert ? -1.0f : 1.0f;
     for (std::uint32_t k = 0; k < n; ++k)
     {
         const float input = x[k];
         double fromFirst = a.beforeHead(input, nullptr);
         double fromSecond = b.beforeHead(input, deviation + k);
-        RecordHead::processPair(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
+        if constexpr (InLanes)
+            RecordHead::processPairInLanes(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
+        else
+            RecordHead::processPair(a.recordHead(), b.recordHead(), fromFirst, fromSecond);
         const float outFirst = a.afterHead(fromFirst);
         const float outSecond = b.afterHead(fromSecond);
         x[k] = outFirst + sign * outSecond; // sign flip is exact
@@ -55,47 +59,130 @@ void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviatio
     b.finish(static_cast<int>(n));
 }
 
-using ChannelRunner = void (*)(TapeChannel&, float*, std::uint32_t, float*) noexcept;
+// The two channels of a stereo pair in one loop: four independent decks, whose record
+// heads and compander solvers work side by side. Each deck computes exactly what runChannel
+// computes for it; the speed deviation comes from the right channel's second deck, as
+// it does when the channels run one after the other.
+template <bool LfoMode, int Encoder, int Decoder>
+void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRight, std::uint32_t n,
+               float* deviation) noexcept
+{
+    double shares[4] = {0.5, 0.5, 0.5, 0.5};
+    if constexpr (!LfoMode)
+    {
+        TapeChannel* channels[] = {&left, &right};
+        for (int c = 0; c < 2; ++c)
+        {
+            shares[2 * c] = 1.0 - manualCrossfade(channels[c]->decks[0].flangePhase, channels[c]->decks[0].fade);
+            shares[2 * c + 1] = manualCrossfade(channels[c]->decks[1].flangePhase, channels[c]->decks[1].fade);
+        }
+    }
+    DeckLoop<LfoMode, Encoder, Decoder, false, true> a(left.decks[0], shares[0]);
+    DeckLoop<LfoMode, Encoder, Decoder, true, true> b(left.decks[1], shares[1]);
+    DeckLoop<LfoMode, Encoder, Decoder, false, true> c(right.decks[0], shares[2]);
+    DeckLoop<LfoMode, Encoder, Decoder, true, true> d(right.decks[1], shares[3]);
+    RecordHead* const heads[] = {&a.recordHead(), &b.recordHead(), &c.recordHead(), &d.recordHead()};
+    const float signLeft = left.phaseInvert ? -1.0f : 1.0f;
+    const float signRight = right.phaseInvert ? -1.0f : 1.0f;
+    TapeDeck* const decks[] = {&a.tapeDeck(), &b.tapeDeck(), &c.tapeDeck(), &d.tapeDeck()};
+    float leftDeviation = 0.0f;
+    for (std::uint32_t k = 0; k < n; ++k)
+    {
+        const float inLeft = xLeft[k];
+        const float inRight = xRight[k];
+        double h[4];
+        h[0] = a.beforeEncoder(inLeft, nullptr);
+        h[1] = b.beforeEncoder(inLeft, &leftDeviation);
+        h[2] = c.beforeEncoder(inRight, nullptr);
+        h[3] = d.beforeEncoder(inRight, deviation + k);
+        encodeFour<Encoder>(decks, h);
+        RecordHead::processFourInLanes(heads, h);
+        decodeFour<Decoder>(decks, h);
+        const float outA = a.afterDecoder(h[0]);
+        const float outB = b.afterDecoder(h[1]);
+        const float outC = c.afterDecoder(h[2]);
+        const float outD = d.afterDecoder(h[3]);
+        xLeft[k] = outA + signLeft * outB;
+        xRight[k] = outC + signRight * outD;
+    }
+    for (auto* loop : {&a, &c})
+        loop->finish(static_cast<int>(n));
+    for (auto* loop : {&b, &d})
+        loop->finish(static_cast<int>(n));
+}
 
-template <bool LfoMode, int Encoder>
-ChannelRunner pickDecoder(int decoder) noexcept
+using ChannelRunner = void (*)(TapeChannel&, float*, std::uint32_t, float*) noexcept;
+using StereoRunner = void (*)(TapeChannel&, TapeChannel&, float*, float*, std::uint32_t, float*) noexcept;
+
+// The loop for one channel, and for a stereo pair where the kernel has one.
+struct BlockLoops
+{
+    ChannelRunner channel;
+    StereoRunner stereo;
+};
+
+template <bool LfoMode, int Encoder, int Decoder, bool InLanes>
+BlockLoops loopsFor() noexcept
+{
+    if constexpr (InLanes)
+        return {&runChannel<LfoMode, Encoder, Decoder, true>, &runStereo<LfoMode, Encoder, Decoder>};
+    else
+        return {&runChannel<LfoMode, Encoder, Decoder, false>, nullptr};
+}
+
+template <bool LfoMode, int Encoder, bool InLanes>
+BlockLoops pickDecoder(int decoder) noexcept
 {
     switch (decoder)
     {
-        case 1: return &runChannel<LfoMode, Encoder, 1>;
-        case 2: return &runChannel<LfoMode, Encoder, 2>;
-        case 3: return &runChannel<LfoMode, Encoder, 3>;
-        default: return &runChannel<LfoMode, Encoder, 0>;
+        case 1: return loopsFor<LfoMode, Encoder, 1, InLanes>();
+        case 2: return loopsFor<LfoMode, Encoder, 2, InLanes>();
+        case 3: return loopsFor<LfoMode, Encoder, 3, InLanes>();
+        default: return loopsFor<LfoMode, Encoder, 0, InLanes>();
     }
 }
 
-template <bool LfoMode>
-ChannelRunner pickEncoder(int encoder, int decoder) noexcept
+template <bool LfoMode, bool InLanes>
+BlockLoops pickEncoder(int encoder, int decoder) noexcept
 {
     switch (encoder)
     {
-        case 1: return pickDecoder<LfoMode, 1>(decoder);
-        case 2: return pickDecoder<LfoMode, 2>(decoder);
-        case 3: return pickDecoder<LfoMode, 3>(decoder);
-        default: return pickDecoder<LfoMode, 0>(decoder);
+        case 1: return pickDecoder<LfoMode, 1, InLanes>(decoder);
+        case 2: return pickDecoder<LfoMode, 2, InLanes>(decoder);
+        case 3: return pickDecoder<LfoMode, 3, InLanes>(decoder);
+        default: return pickDecoder<LfoMode, 0, InLanes>(decoder);
     }
 }
 
-// One of 32 loops, chosen once per block from the first channel's settings
-// (the setters keep all channels alike).
-ChannelRunner pickLoop(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder) noexcept
+template <bool InLanes>
+BlockLoops pickMode(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder) noexcept
 {
-    return flangeMode == TapeChannel::manualMode ? pickEncoder<false>(encoder, decoder)
-                                                  : pickEncoder<true>(encoder, decoder);
+    return flangeMode == TapeChannel::manualMode ? pickEncoder<false, InLanes>(encoder, decoder)
+                                                  : pickEncoder<true, InLanes>(encoder, decoder);
+}
+
+// One of 32 loops, chosen once per block from the first channel's settings
+// (the setters keep all channels alike), in the kernel chosen at prepare.
+BlockLoops pickLoop(SolverKernel kernel, std::int32_t flangeMode, std::int32_t encoder,
+                       std::int32_t decoder) noexcept
+{
+    return kernel == SolverKernel::lanes ? pickMode<true>(flangeMode, encoder, decoder)
+                                         : pickMode<false>(flangeMode, encoder, decoder);
 }
 } // namespace
 
 TapeEffectState::TapeEffectState() : outputPad(dbToLinear(-1.0f)) {}
 
+SolverKernel TapeEffectState::bestSolverKernel() noexcept
+{
+    return Lanes::native ? SolverKernel::lanes : SolverKernel::reference;
+}
+
 void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, std::uint32_t channelCount)
 {
     sampleRate = newSampleRate;
     maxBlock = std::max<std::uint32_t>(maxBlockSize, 1);
+    kernel = bestSolverKernel();
     channels.resize(std::min<std::size_t>(channels.size(), channelCount));
     dryDelays.clear();
     for (TapeChannel& channel : channels)
@@ -222,24 +309,36 @@ float TapeEffectState::render(float* const* channelData, std::uint32_t channelCo
 
     startGlides();
     const auto dryDelay = static_cast<double>(latency * static_cast<float>(sampleRate));
-    const ChannelRunner run = pickLoop(channels[0].flangeMode, channels[0].decks[0].encoderType,
+    const BlockLoops loops = pickLoop(kernel, channels[0].flangeMode, channels[0].decks[0].encoderType,
                                        channels[0].decks[0].decoderType);
 
     for (std::uint32_t done = 0; done < n;)
     {
         const std::uint32_t count = std::min(n - done, maxBlock);
         float* const dry = dryScratch + done;
-        for (std::uint32_t c = 0; c < active; ++c)
+        for (std::uint32_t c = 0; c < active;)
         {
-            float* const x = channelData[c] + done;
-            sanitise(x, count);
-            DelayLine& line = dryDelays[c];
-            line.write(x, count);
-            line.read(dry, dryDelay, dryDelay, count);
-            line.advance(count);
-
-            run(channels[c], x, count, speedScratch + done);
-            applyGains(x, dry, count);
+            // A stereo pair runs its four decks together where the kernel can; the dry
+            // line takes each channel's input before the decks overwrite it.
+            const std::uint32_t together = loops.stereo != nullptr && c + 1 < active ? 2 : 1;
+            for (std::uint32_t i = c; i < c + together; ++i)
+            {
+                sanitise(channelData[i] + done, count);
+                dryDelays[i].write(channelData[i] + done, count);
+            }
+            if (together == 2)
+                loops.stereo(channels[c], channels[c + 1], channelData[c] + done, channelData[c + 1] + done, count,
+                             speedScratch + done);
+            else
+                loops.channel(channels[c], channelData[c] + done, count, speedScratch + done);
+            for (std::uint32_t i = c; i < c + together; ++i)
+            {
+                DelayLine& line = dryDelays[i];
+                line.read(dry, dryDelay, dryDelay, count);
+                line.advance(count);
+                applyGains(channelData[i] + done, dry, count);
+            }
+            c += together;
         }
         wetGain.advance(static_cast<std::int32_t>(count));
         dryGain.advance(static_cast<std::int32_t>(count));

@@ -36,6 +36,15 @@ private:
     std::atomic<bool> raised{true};
 };
 
+// How the decks' implicit solvers run: plainly, one trial point after the other (the
+// reference), or with both decks' record heads and each compander's two trial points in
+// SIMD lanes. Both give the same samples bit for bit.
+enum class SolverKernel
+{
+    reference,
+    lanes
+};
+
 // What the render needs to know of the host for one block.
 struct TapeHostInfo
 {
@@ -66,6 +75,7 @@ struct TapeEffectState
 
     // Working values of the render, set by prepare.
     double sampleRate = 0.0;
+    SolverKernel kernel = SolverKernel::reference; // prepare picks the best this machine has
     std::uint32_t maxBlock = 0;
     SeedSequence seeds;
     // The gains the block applies, gliding towards mix * outputGain * outputPad and
@@ -92,6 +102,8 @@ struct TapeEffectState
     // new gains rather than gliding. Any thread.
     void jumpToTargetsAtNextBlock() noexcept { jumpRequest.raise(); }
     std::unique_ptr<TapeEffectState> clone() const { return std::make_unique<TapeEffectState>(*this); }
+    // The kernel prepare picks: lanes where the processor works two doubles at once.
+    static SolverKernel bestSolverKernel() noexcept;
 
     // Renders one block in place. channelData holds channelCount pointers to n
     // floats; channels beyond those prepared are left untouched. hostTempo is

@@ -1,5 +1,6 @@
 #include "tape/ThreeBandCompander.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace oxa
@@ -109,25 +110,83 @@ double ThreeBandCompander::encode (double x) noexcept
 
 double ThreeBandCompander::decode (double v) noexcept
 {
+    return decodeWith<false> (v);
+}
+
+double ThreeBandCompander::decodeInLanes (double v) noexcept
+{
+    return decodeWith<true> (v);
+}
+
+template <bool InLanes>
+bool ThreeBandCompander::decoderStep (double v, double& y) const noexcept
+{
+    double at, beside;
+    if constexpr (InLanes)
+    {
+        const Lanes both = decoder.forwardInLanes (Lanes (y, y + step));
+        at = both.first();
+        beside = both.second();
+    }
+    else
+    {
+        decoder.forwardPair (y, y + step, at, beside);
+    }
+    const double error = v - at;
+    const double correction = error / ((v - beside - error) * 1e6 + 1e-16);
+    y -= correction;
+    return std::abs (correction) <= step;
+}
+
+double ThreeBandCompander::finishDecode (double y) noexcept
+{
+    decoderSolution = y;
+    decoder.forward (y);
+    decoder.commit();
+    return y;
+}
+
+template <bool InLanes>
+double ThreeBandCompander::decodeWith (double v) noexcept
+{
     if (! std::isfinite (v))
         return v;
 
     double y = decoderSolution;
     for (int i = 0; i < decoderIterations; ++i)
+        if (decoderStep<InLanes> (v, y))
+            break;
+    return finishDecode (y);
+}
+
+void ThreeBandCompander::decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept
+{
+    // Each decoder steps exactly as decode() steps it; the four take their steps in turn
+    // within one loop, so that the processor works on several at once.
+    double y[4];
+    bool solving[4];
+    for (int d = 0; d < 4; ++d)
     {
-        double at, beside;
-        decoder.forwardPair (y, y + step, at, beside);
-        const double error = v - at;
-        const double correction = error / ((v - beside - error) * 1e6 + 1e-16);
-        y -= correction;
-        if (std::abs (correction) <= step)
+        solving[d] = std::isfinite (v[d]);
+        y[d] = companders[d]->decoderSolution;
+    }
+    bool finite[4];
+    std::copy (solving, solving + 4, finite);
+    for (int i = 0; i < decoderIterations; ++i)
+    {
+        bool any = false;
+        for (int d = 0; d < 4; ++d)
+        {
+            if (solving[d])
+                solving[d] = ! companders[d]->decoderStep<true> (v[d], y[d]);
+            any = any || solving[d];
+        }
+        if (! any)
             break;
     }
-
-    decoderSolution = y;
-    decoder.forward (y);
-    decoder.commit();
-    return y;
+    for (int d = 0; d < 4; ++d)
+        if (finite[d])
+            v[d] = companders[d]->finishDecode (y[d]);
 }
 
 } // namespace oxa

@@ -43,6 +43,15 @@ public:
         outY = sumY;
     }
 
+    // forwardPair with the two candidates in lanes: the same sums bit for bit.
+    Lanes forwardInLanes (Lanes x) const noexcept
+    {
+        Lanes sum = x;
+        for (const Band& band : bands)
+            sum = sum + band.curve.applyInLanes (band.b0 * (x * band.gain) + band.history);
+        return sum;
+    }
+
     void commit() noexcept
     {
         for (Band& band : bands)
@@ -87,10 +96,21 @@ public:
 
     double encode (double x) noexcept;
     double decode (double v) noexcept;
+    // decode() with each step's two trial points in lanes: the same result bit for bit.
+    double decodeInLanes (double v) noexcept;
+    // decodeInLanes() for the decoders of four decks, v in and out, solved side by side.
+    static void decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept;
 
     double getDecoderSolution() const noexcept { return decoderSolution; }
 
 private:
+    template <bool InLanes>
+    double decodeWith (double v) noexcept;
+    // One Newton step of the decoder from y towards v; true once it has converged.
+    template <bool InLanes>
+    bool decoderStep (double v, double& y) const noexcept;
+    double finishDecode (double y) noexcept;
+
     ThreeBandSidechain encoder;
     ThreeBandSidechain decoder;
     double decoderSolution = 0.0;

@@ -228,3 +228,36 @@ TEST(AudioThread, StandaloneVoiceAndLearnedControllersNeitherAllocateNorLock)
     EXPECT_EQ(counted, 0) << "allocations and blocking locks";
     EXPECT_GT(buffer.getMagnitude(0, 0, 512), 0.0f) << "the voice played";
 }
+
+TEST(AudioThread, EveryBlockLoopInEitherSolverKernelRendersWithoutTheHeap)
+{
+    std::vector<float> left(512), right(512), speed(512), dry(512);
+    float* channels[] = {left.data(), right.data()};
+    float tempo = 120.0f;
+    long counted = 0;
+    for (SolverKernel kernel : {SolverKernel::reference, SolverKernel::lanes})
+        for (int mode = 0; mode < 2; ++mode)
+            for (int encoder = 0; encoder < 4; ++encoder)
+                for (int decoder = 0; decoder < 4; ++decoder)
+                {
+                    TapeEffectState state;
+                    state.prepare(48000.0, 512, 2);
+                    state.kernel = kernel;
+                    state.setFlangeMode(mode);
+                    state.forEachDeck([&](TapeDeck& deck) {
+                        deck.feedback = 0.9;
+                        deck.setDegradeDepth(1.0);
+                        deck.setEncoderType(encoder);
+                        deck.setDecoderType(decoder);
+                    });
+                    for (int b = 0; b < 4; ++b)
+                    {
+                        for (int i = 0; i < 512; ++i)
+                            left[i] = right[i] = 0.5f * std::sin(0.05f * static_cast<float>(b * 512 + i));
+                        Armed guard;
+                        state.render(channels, 2, 512, TapeHostInfo{}, false, tempo, speed.data(), dry.data());
+                        counted += allocations.load();
+                    }
+                }
+    EXPECT_EQ(counted, 0);
+}

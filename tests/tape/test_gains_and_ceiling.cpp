@@ -111,33 +111,36 @@ TEST(TapeCeiling, NormalRangeNeverReachesTheKnee)
             }
 }
 
-// Drive and its makeup glide as one, and the head's memory follows the drive: the
-// level holds through a step (1 ms windows, against the settled levels either side).
-// Steps between moderate and deep saturation keep within 2 dB: the saturated head's
-// memory cannot be carried over exactly.
-TEST(DriveGlide, StepsKeepTheLevelWithinOneDecibel)
+// A Drive change fades from the old record path to the new one: the level holds through
+// a step (1 ms windows, against the settled levels either side), on quiet material and on
+// loud material that drives the head deep into saturation. Gliding through the drives in
+// between missed by 6 to 13 dB on loud material: a saturated head sounds different at each.
+TEST(DriveFade, StepsKeepTheLevel)
 {
-    const auto noise = pinkNoise(48000 * 3 / 2, 0.03);
     const std::size_t step = 36000, window = 48;
-    auto run = [&noise, step](float fromDb, float toDb) {
-        TapeEffectState state;
-        state.prepare(48000.0, 480, 1);
-        state.forEachDeck([fromDb](TapeDeck& deck) { deck.setDrive(dbToLinear(fromDb)); });
-        auto x = noise;
-        std::vector<float> head(x.begin(), x.begin() + step), tail(x.begin() + step, x.end());
-        render(state, head, 480);
-        state.forEachDeck([toDb](TapeDeck& deck) { deck.setDrive(dbToLinear(toDb)); });
-        render(state, tail, 480);
-        head.insert(head.end(), tail.begin(), tail.end());
-        return head;
-    };
     struct Step
     {
+        double peak;
         float from, to;
         double tolerance;
     };
-    for (auto [from, to, tolerance] : {Step{0, 20, 1}, Step{20, 0, 1}, Step{10, 30, 2}, Step{40, 0, 2}})
+    for (auto [peak, from, to, tolerance] : {Step{0.03, 0, 20, 1}, Step{0.03, 40, 0, 1}, Step{0.03, 10, 30, 1},
+                                             Step{0.3, 0, 40, 1}, Step{0.3, 40, 0, 1}, Step{0.3, 0, 20, 1},
+                                             Step{1.0, 0, 40, 1.25}, Step{1.0, 40, 20, 1}, Step{1.0, 0, 10, 1}})
     {
+        const auto noise = pinkNoise(48000 * 3 / 2, peak);
+        auto run = [&noise, step](float fromDb, float toDb) {
+            TapeEffectState state;
+            state.prepare(48000.0, 480, 1);
+            state.forEachDeck([fromDb](TapeDeck& deck) { deck.setDrive(dbToLinear(fromDb)); });
+            auto x = noise;
+            std::vector<float> head(x.begin(), x.begin() + step), tail(x.begin() + step, x.end());
+            render(state, head, 480);
+            state.forEachDeck([toDb](TapeDeck& deck) { deck.setDrive(dbToLinear(toDb)); });
+            render(state, tail, 480);
+            head.insert(head.end(), tail.begin(), tail.end());
+            return head;
+        };
         const auto before = run(from, from), after = run(to, to), stepped = run(from, to);
         auto level = [](const std::vector<float>& y, std::size_t start, std::size_t length) {
             double sum = 1e-30;
@@ -157,7 +160,7 @@ TEST(DriveGlide, StepsKeepTheLevelWithinOneDecibel)
             const double s = std::max(floor, level(stepped, start, window));
             worst = std::max({worst, s - std::max(a, b), std::min(a, b) - s});
         }
-        EXPECT_LT(worst, tolerance) << from << " dB -> " << to << " dB";
+        EXPECT_LT(worst, tolerance) << "peak " << peak << ": " << from << " dB -> " << to << " dB";
     }
 }
 

@@ -1,0 +1,113 @@
+#pragma once
+
+// Two doubles worked on side by side: the two decks of a channel, or the two candidates
+// a solver tries per step. Every operation rounds exactly as the same scalar operation
+// does (no fused multiply-add: the library is built with -ffp-contract=off), so a lane
+// computes bit for bit what the scalar code computes. SSE2 is the x86-64 baseline;
+// elsewhere the lanes are two plain doubles.
+
+#include <cmath>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace oxa
+{
+
+#if defined(__SSE2__)
+struct Lanes
+{
+    static constexpr bool native = true; // one instruction works both lanes
+    __m128d v;
+
+    Lanes() noexcept = default;
+    explicit Lanes(__m128d x) noexcept : v(x) {}
+    // first goes to lane 0, second to lane 1.
+    Lanes(double first, double second) noexcept : v(_mm_set_pd(second, first)) {}
+    // The same value in both lanes, so that formulas read as they do for one double.
+    Lanes(double both) noexcept : v(_mm_set1_pd(both)) {}
+
+    double first() const noexcept { return _mm_cvtsd_f64(v); }
+    double second() const noexcept { return _mm_cvtsd_f64(_mm_unpackhi_pd(v, v)); }
+
+    friend Lanes operator+(Lanes a, Lanes b) noexcept { return Lanes(_mm_add_pd(a.v, b.v)); }
+    friend Lanes operator-(Lanes a, Lanes b) noexcept { return Lanes(_mm_sub_pd(a.v, b.v)); }
+    friend Lanes operator*(Lanes a, Lanes b) noexcept { return Lanes(_mm_mul_pd(a.v, b.v)); }
+    friend Lanes operator/(Lanes a, Lanes b) noexcept { return Lanes(_mm_div_pd(a.v, b.v)); }
+    friend Lanes operator-(Lanes a) noexcept { return Lanes(_mm_xor_pd(a.v, _mm_set1_pd(-0.0))); }
+
+    // |x|, as the scalar code's fabs: the sign bit cleared.
+    friend Lanes abs(Lanes a) noexcept { return Lanes(_mm_andnot_pd(_mm_set1_pd(-0.0), a.v)); }
+    // (limit < x) ? limit : x per lane, as std::min(x, limit): a NaN x stays NaN.
+    friend Lanes minWithLimit(Lanes x, Lanes limit) noexcept { return Lanes(_mm_min_pd(limit.v, x.v)); }
+};
+
+// A per-lane truth, as the comparisons give it.
+struct LaneMask
+{
+    __m128d v;
+
+    friend LaneMask operator&&(LaneMask a, LaneMask b) noexcept { return {_mm_and_pd(a.v, b.v)}; }
+    static LaneMask all() noexcept { return {_mm_castsi128_pd(_mm_set1_epi32(-1))}; }
+    bool any() const noexcept { return _mm_movemask_pd(v) != 0; }
+    // Lane by lane: whenTrue where the mask holds, whenFalse elsewhere.
+    Lanes select(Lanes whenTrue, Lanes whenFalse) const noexcept
+    {
+        return Lanes(_mm_or_pd(_mm_and_pd(v, whenTrue.v), _mm_andnot_pd(v, whenFalse.v)));
+    }
+};
+
+inline LaneMask operator<(Lanes a, Lanes b) noexcept { return {_mm_cmplt_pd(a.v, b.v)}; }
+inline LaneMask operator>(Lanes a, Lanes b) noexcept { return {_mm_cmpgt_pd(a.v, b.v)}; }
+#else
+struct Lanes
+{
+    static constexpr bool native = false;
+    double a, b;
+
+    Lanes() noexcept = default;
+    Lanes(double first, double second) noexcept : a(first), b(second) {}
+    Lanes(double both) noexcept : a(both), b(both) {}
+    double first() const noexcept { return a; }
+    double second() const noexcept { return b; }
+    friend Lanes operator+(Lanes x, Lanes y) noexcept { return {x.a + y.a, x.b + y.b}; }
+    friend Lanes operator-(Lanes x, Lanes y) noexcept { return {x.a - y.a, x.b - y.b}; }
+    friend Lanes operator*(Lanes x, Lanes y) noexcept { return {x.a * y.a, x.b * y.b}; }
+    friend Lanes operator/(Lanes x, Lanes y) noexcept { return {x.a / y.a, x.b / y.b}; }
+    friend Lanes operator-(Lanes x) noexcept { return {-x.a, -x.b}; }
+    friend Lanes abs(Lanes x) noexcept { return {std::fabs(x.a), std::fabs(x.b)}; }
+    friend Lanes minWithLimit(Lanes x, Lanes limit) noexcept
+    {
+        return {limit.a < x.a ? limit.a : x.a, limit.b < x.b ? limit.b : x.b};
+    }
+};
+
+struct LaneMask
+{
+    bool a, b;
+    friend LaneMask operator&&(LaneMask x, LaneMask y) noexcept { return {x.a && y.a, x.b && y.b}; }
+    static LaneMask all() noexcept { return {true, true}; }
+    bool any() const noexcept { return a || b; }
+    Lanes select(Lanes whenTrue, Lanes whenFalse) const noexcept
+    {
+        return {a ? whenTrue.a : whenFalse.a, b ? whenTrue.b : whenFalse.b};
+    }
+};
+
+inline LaneMask operator<(Lanes x, Lanes y) noexcept { return {x.a < y.a, x.b < y.b}; }
+inline LaneMask operator>(Lanes x, Lanes y) noexcept { return {x.a > y.a, x.b > y.b}; }
+#endif
+
+// The same choices for one double, so that a formula written once serves both.
+inline double select(bool condition, double whenTrue, double whenFalse) noexcept
+{
+    return condition ? whenTrue : whenFalse;
+}
+inline Lanes select(LaneMask condition, Lanes whenTrue, Lanes whenFalse) noexcept
+{
+    return condition.select(whenTrue, whenFalse);
+}
+inline double minWithLimit(double x, double limit) noexcept { return limit < x ? limit : x; }
+
+} // namespace oxa

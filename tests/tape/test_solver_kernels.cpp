@@ -1,0 +1,163 @@
+// The solvers in SIMD lanes against the plain reference: every block loop must give
+// the same samples bit for bit, whichever kernel a machine runs, so that a saved
+// project sounds the same everywhere.
+#include "tape/Decibels.h"
+#include "tape/EnvelopeCurve.h"
+#include "tape/TapeEffect.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace oxa
+{
+namespace
+{
+constexpr double sampleRate = 48000.0;
+
+// Loud, low and with hits: where the record head and the companders iterate most.
+std::vector<float> loudSignal(std::size_t length, std::uint32_t seed)
+{
+    std::vector<float> x(length);
+    std::uint32_t state = seed;
+    for (std::size_t n = 0; n < length; ++n)
+    {
+        state = state * 1664525u + 1013904223u;
+        const double t = static_cast<double>(n) / sampleRate;
+        const double hit = (n % 6000) < 1500 ? std::exp(-static_cast<double>(n % 6000) / 300.0) : 0.0;
+        x[n] = static_cast<float>(0.3 * std::sin(2.0 * 3.141592653589793 * 55.0 * t)
+                                  + 0.1 * (static_cast<double>(state) / 4294967296.0 - 0.5) + 0.7 * hit);
+    }
+    return x;
+}
+
+// Every stage at work: feedback, drive, noise, transport, dropouts, the playback head.
+TapeEffectState preparedState(std::int32_t flangeMode, std::int32_t encoder, std::int32_t decoder,
+                              std::uint32_t channelCount = 2)
+{
+    TapeEffectState state;
+    state.prepare(sampleRate, 256, channelCount);
+    state.forEachDeck([&](TapeDeck& deck) {
+        deck.transport.wowDepth = 0.3;
+        deck.transport.flutterDepth = 0.05;
+        deck.transport.randomDepth = 0.1;
+        deck.feedback = 0.9;
+        deck.setDrive(dbToLinear(12.0f));
+        deck.setRecordResistance(800.0);
+        deck.noiseGain = dbToLinear(-40.0f);
+        deck.setDegradeDepth(1.0);
+        deck.setDegradeRate(40.0);
+        deck.setSpacing(0.00003);
+        deck.setEncoderType(encoder);
+        deck.setDecoderType(decoder);
+    });
+    state.setFlangeMode(flangeMode);
+    if (flangeMode == TapeChannel::manualMode)
+        state.setRelativeDelay(0.3);
+    state.setLfoFrequency(2.0f, false, 120.0f);
+    state.setNoiseSync(true);
+    return state;
+}
+
+// All channels one after the other in the result. Half-way the drive steps, so that the
+// record path fades over from the old drive to the new one.
+std::vector<float> render(TapeEffectState& state, std::size_t length, std::uint32_t channelCount = 2)
+{
+    std::vector<std::vector<float>> signals;
+    for (std::uint32_t c = 0; c < channelCount; ++c)
+        signals.push_back(loudSignal(length, 3 + 2 * c));
+    std::vector<float> speed(256), dry(256);
+    float tempo = 120.0f;
+    for (std::size_t done = 0; done < length; done += 256)
+    {
+        const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(256, length - done));
+        if (done == (length / 2) / 256 * 256)
+            state.forEachDeck([](TapeDeck& deck) { deck.setDrive(dbToLinear(20.0f)); });
+        std::vector<float*> channels;
+        for (auto& signal : signals)
+            channels.push_back(signal.data() + done);
+        state.render(channels.data(), channelCount, n, TapeHostInfo{}, false, tempo, speed.data(), dry.data());
+    }
+    std::vector<float> all;
+    for (auto& signal : signals)
+        all.insert(all.end(), signal.begin(), signal.end());
+    return all;
+}
+
+bool bitIdentical(const std::vector<float>& a, const std::vector<float>& b)
+{
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
+}
+} // namespace
+
+TEST(SolverKernels, LanesMatchTheReferenceBitForBitInAll32BlockLoops)
+{
+    const std::size_t length = static_cast<std::size_t>(sampleRate * 0.4);
+    for (std::int32_t mode : {TapeChannel::manualMode, TapeChannel::lfoMode})
+        for (std::int32_t encoder = 0; encoder < 4; ++encoder)
+            for (std::int32_t decoder = 0; decoder < 4; ++decoder)
+            {
+                SCOPED_TRACE(testing::Message() << "mode " << mode << ", encoder " << encoder << ", decoder " << decoder);
+                TapeEffectState reference = preparedState(mode, encoder, decoder);
+                TapeEffectState lanes = preparedState(mode, encoder, decoder);
+                reference.kernel = SolverKernel::reference;
+                lanes.kernel = SolverKernel::lanes;
+                const std::vector<float> expected = render(reference, length);
+                const std::vector<float> actual = render(lanes, length);
+                double peak = 0.0;
+                for (float v : expected)
+                    peak = std::max(peak, static_cast<double>(std::fabs(v)));
+                ASSERT_GT(peak, 0.01) << "the loop must have made sound";
+                EXPECT_TRUE(bitIdentical(expected, actual));
+            }
+}
+
+TEST(SolverKernels, MonoAndAnOddChannelBesideAStereoPairMatchTheReference)
+{
+    // Stereo pairs run four decks together; a channel left over runs alone.
+    for (std::uint32_t channelCount : {1u, 3u})
+    {
+        SCOPED_TRACE(testing::Message() << channelCount << " channels");
+        TapeEffectState reference = preparedState(TapeChannel::lfoMode, 3, 2, channelCount);
+        TapeEffectState lanes = preparedState(TapeChannel::lfoMode, 3, 2, channelCount);
+        reference.kernel = SolverKernel::reference;
+        lanes.kernel = SolverKernel::lanes;
+        EXPECT_TRUE(bitIdentical(render(reference, 9600, channelCount), render(lanes, 9600, channelCount)));
+    }
+}
+
+TEST(SolverKernels, TwoInstancesWithTheSameSettingsSoundTheSame)
+{
+    TapeEffectState first = preparedState(TapeChannel::lfoMode, 3, 2);
+    TapeEffectState second = preparedState(TapeChannel::lfoMode, 3, 2);
+    EXPECT_EQ(first.kernel, TapeEffectState::bestSolverKernel());
+    EXPECT_TRUE(bitIdentical(render(first, 9600), render(second, 9600)));
+}
+
+TEST(SolverKernels, CurveInLanesKeepsTheEdgesOfEachSegmentAndOddValues)
+{
+    EnvelopeCurve curve;
+    curve.setCurve(-40.0, 0.5);
+    curve.setEnvelope(5000000.0, 1e-9, sampleRate);
+    // Negative zero, the knees, both sides of each, far beyond, and what a broken
+    // signal brings: each lane must give what the plain pair gives.
+    const double low = curve.getLow() / 1.4142135623730951, high = curve.getHigh() / 1.4142135623730951;
+    const double probes[] = {0.0, -0.0, 1e-300, low, -low, std::nextafter(low, 1.0), high, -high,
+                             std::nextafter(high, 0.0), 10.0, -1e6, std::nan(""), INFINITY, -INFINITY};
+    for (double x : probes)
+        for (double y : probes)
+        {
+            double expectedX, expectedY;
+            curve.applyPair(x, y, expectedX, expectedY);
+            const Lanes actual = curve.applyInLanes(Lanes(x, y));
+            const double got[] = {actual.first(), actual.second()}, want[] = {expectedX, expectedY};
+            for (int lane = 0; lane < 2; ++lane)
+                EXPECT_EQ(std::memcmp(&got[lane], &want[lane], sizeof(double)), 0)
+                    << "x " << x << ", y " << y << ", lane " << lane;
+        }
+}
+
+} // namespace oxa
