@@ -87,8 +87,11 @@ void FluxDeckEditor::setUpReel(Slider& reel, const layout::Control& c)
     reel.setName(c.name);
     reel.setShowValuePopup(false);
     reel.setEditOnDoubleClick(false);
-    reel.setImage(asset(c.image, ""), c.frames);
+    reel.setImage(asset(c.image, ""), c.frames, layout::reelStripFrames);
     place(reel, c.bounds);
+    // The strip's frames carry the background beneath them, so a turning reel repaints
+    // only itself, with a plain copy.
+    reel.setOpaque(reel.getImage().isValid() && !reel.getImage().hasAlphaChannel());
     reel.setRange(0.0, 179.0, 0.0);
     // Disabled, so a drag does nothing; this panel still hears the click.
     reel.setEnabled(false);
@@ -180,8 +183,13 @@ void FluxDeckEditor::advance()
     if (!reelRunning)
         return;
     const double frame = std::fmod(double(reelTime), 179.0);
-    reelLeft.setValue(frame, juce::sendNotificationAsync);
-    reelRight.setValue(frame, juce::sendNotificationAsync);
+    // A new value repaints a reel; its picture changes only with the frame index, which
+    // at slow tape speeds stays for several ticks.
+    if (reelLeft.frameForValue(frame) != reelLeft.currentFrame())
+    {
+        reelLeft.setValue(frame, juce::sendNotificationAsync);
+        reelRight.setValue(frame, juce::sendNotificationAsync);
+    }
     const float speed = processor->floatParameter(FluxDeckProcessor::ids().speed);
     // At 10^Speed = 2 the reels move one frame a tick, 50 frames a second.
     reelTime += float(std::pow(10.0, double(speed)) * double(0.1f)) * 5.0f;

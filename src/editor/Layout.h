@@ -173,6 +173,13 @@ struct ReelGeometry
 };
 ReelGeometry reelGeometry(bool leftReel);
 
+/** A reel shows 180 positions a turn, but its flange, hub and roller have threefold
+    symmetry: a third of a turn looks the same again. So its strip holds only the first
+    60 positions, and position p shows frame p mod 60. */
+constexpr int reelPositions = 180;
+constexpr int reelSymmetry = 3;
+constexpr int reelStripFrames = reelPositions / reelSymmetry;
+
 // ---- the images ---------------------------------------------------------------------
 enum class ImageStyle
 {

@@ -192,6 +192,12 @@ TEST_F(EditorTest, ReelsStartAndStopOnAClickAndTurnWithTheTapeSpeed)
 {
     FluxDeckEditor& main = ui->getEditor();
     EXPECT_EQ(main.getReel(true).getFrameCount(), 180);
+    for (bool left : {true, false})
+    {
+        // Drawn over its own backdrop, a reel hides what lies beneath it from repaints.
+        EXPECT_FALSE(main.getReel(left).getImage().hasAlphaChannel());
+        EXPECT_TRUE(main.getReel(left).isOpaque());
+    }
     const bool running = main.isReelRunning();
     for (bool left : {true, false})
     {

@@ -13,6 +13,26 @@ namespace
 {
 using namespace oxa;
 
+bool isLeftReel(const layout::ImageSpec& spec)
+{
+    return juce::String(spec.name).contains("-L_");
+}
+
+/** The window's background under a reel, at the drawing scale. Every page draws the same
+    platter and tape path there, so one page serves. */
+juce::Image reelBackdrop(const layout::ImageSpec& spec, int scale)
+{
+    const layout::Panel& main = layout::mainPanel();
+    const layout::Box box =
+        main.at(layout::Kind::reel, isLeftReel(spec) ? "reelLeft" : "reelRight").bounds.movedBy(main.bounds.x, main.bounds.y);
+    juce::Image backdrop(juce::Image::RGB, spec.width * scale, spec.height * scale, true, juce::SoftwareImageType());
+    juce::Graphics g(backdrop);
+    g.addTransform(juce::AffineTransform::scale(float(scale)));
+    g.setOrigin(-box.x, -box.y);
+    art::paintBackground(g, layout::lfoMainPage, true);
+    return backdrop;
+}
+
 void paintFrame(juce::Graphics& g, const layout::ImageSpec& spec, int frame, int state)
 {
     switch (spec.style)
@@ -30,7 +50,7 @@ void paintFrame(juce::Graphics& g, const layout::ImageSpec& spec, int frame, int
             art::paintKnobFrame(g, spec, float(frame) / float(spec.frames - 1));
             break;
         case layout::ImageStyle::reel:
-            art::paintReelFrame(g, juce::String(spec.name).contains("-L_"), float(frame) / float(spec.frames));
+            art::paintReelFrame(g, isLeftReel(spec), float(frame) / float(layout::reelPositions));
             break;
         default: art::paintButton(g, spec, state); break;
     }
@@ -38,9 +58,15 @@ void paintFrame(juce::Graphics& g, const layout::ImageSpec& spec, int frame, int
 
 juce::Image draw(const layout::ImageSpec& spec, int state, int scale)
 {
-    juce::Image image(juce::Image::ARGB, spec.width * scale, spec.height * spec.frames * scale, true,
-                      juce::SoftwareImageType());
+    // A reel's frames carry the background beneath them and no alpha: the window then
+    // shows a frame with a plain copy, and never repaints what lies under it.
+    const bool reel = spec.style == layout::ImageStyle::reel;
+    const juce::Image backdrop = reel ? reelBackdrop(spec, scale) : juce::Image();
+    juce::Image image(reel ? juce::Image::RGB : juce::Image::ARGB, spec.width * scale,
+                      spec.height * spec.frames * scale, true, juce::SoftwareImageType());
     juce::Graphics g(image);
+    for (int frame = 0; frame < spec.frames && reel; ++frame)
+        g.drawImageAt(backdrop, 0, frame * spec.height * scale);
     g.addTransform(juce::AffineTransform::scale(float(scale)));
     for (int frame = 0; frame < spec.frames; ++frame)
     {

@@ -2,6 +2,7 @@
 
 #include "editor/widgets/ImageLoader.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace oxa
@@ -47,12 +48,12 @@ Slider::~Slider()
     closeEditBox();
 }
 
-void Slider::setImage(const juce::String& path, int frames)
+void Slider::setImage(const juce::String& path, int frames, int framesInStrip)
 {
-    setImageStrip(loadImage(path), frames);
+    setImageStrip(loadImage(path), frames, -1, framesInStrip);
 }
 
-void Slider::setImageStrip(const juce::Image& strip, int frames, int orientation)
+void Slider::setImageStrip(const juce::Image& strip, int frames, int orientation, int framesInStrip)
 {
     if (!strip.isValid())
         return;
@@ -63,18 +64,19 @@ void Slider::setImageStrip(const juce::Image& strip, int frames, int orientation
     const int longer = std::max(logical.getWidth(), logical.getHeight());
     const int shorter = std::max(1, std::min(logical.getWidth(), logical.getHeight()));
     frameCount = frames > 0 ? frames : longer / shorter;
+    stripFrameCount = framesInStrip > 0 ? std::min(framesInStrip, frameCount) : frameCount;
     setSliderStyle(juce::Slider::RotaryVerticalDrag);
-    const int frameWidth = stripOrientation == 0 ? logical.getWidth() / frameCount : logical.getWidth();
-    const int frameHeight = stripOrientation == 1 ? logical.getHeight() / frameCount : logical.getHeight();
+    const int frameWidth = stripOrientation == 0 ? logical.getWidth() / stripFrameCount : logical.getWidth();
+    const int frameHeight = stripOrientation == 1 ? logical.getHeight() / stripFrameCount : logical.getHeight();
     setSize(frameWidth, frameHeight);
 }
 
-int Slider::currentFrame() const
+int Slider::frameForValue(double value) const
 {
     if (frameCount <= 0)
         return 0;
     // juce::Slider declares the mapping non-const, though it changes nothing.
-    const double p = const_cast<Slider*>(this)->valueToProportionOfLength(getValue());
+    const double p = const_cast<Slider*>(this)->valueToProportionOfLength(value);
     const int frame = int(p * double(frameCount - 1)); // truncation picks the frame
     return juce::jlimit(0, frameCount - 1, frame);
 }
@@ -88,9 +90,9 @@ void Slider::paint(juce::Graphics& g)
     }
     const float k = imageScaleFactor(image);
     const juce::Rectangle<int> logical = logicalBounds(image);
-    const int frameWidth = stripOrientation == 0 ? logical.getWidth() / frameCount : logical.getWidth();
-    const int frameHeight = stripOrientation == 1 ? logical.getHeight() / frameCount : logical.getHeight();
-    const int frame = currentFrame();
+    const int frameWidth = stripOrientation == 0 ? logical.getWidth() / stripFrameCount : logical.getWidth();
+    const int frameHeight = stripOrientation == 1 ? logical.getHeight() / stripFrameCount : logical.getHeight();
+    const int frame = currentFrame() % stripFrameCount;
     const juce::Rectangle<int> source((stripOrientation == 0 ? frame * frameWidth : 0) * int(k),
                                       (stripOrientation == 1 ? frame * frameHeight : 0) * int(k),
                                       frameWidth * int(k), frameHeight * int(k));

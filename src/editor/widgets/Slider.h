@@ -37,12 +37,14 @@ public:
     explicit Slider(juce::Slider::SliderStyle style = juce::Slider::RotaryVerticalDrag, bool showValuePopup = false);
     ~Slider() override;
 
-    /** Loads a filmstrip through the image loader; a missing image changes nothing. */
-    void setImage(const juce::String& path, int frames);
+    /** Loads a filmstrip through the image loader; a missing image changes nothing.
+        framesInStrip below frames: the strip repeats, position p shows frame p mod framesInStrip. */
+    void setImage(const juce::String& path, int frames, int framesInStrip = 0);
     /** orientation: 0 frames side by side, 1 stacked, -1 from the image's shape. */
-    void setImageStrip(const juce::Image& strip, int frames = 0, int orientation = -1);
+    void setImageStrip(const juce::Image& strip, int frames = 0, int orientation = -1, int framesInStrip = 0);
     /** The frame that the current value shows: trunc(p x (N - 1)), clamped. */
-    int currentFrame() const;
+    int currentFrame() const { return frameForValue(getValue()); }
+    int frameForValue(double value) const;
     int getFrameCount() const { return frameCount; }
     const juce::Image& getImage() const { return image; }
 
@@ -71,7 +73,8 @@ protected:
     int paintStyle = juceStyle;
     int stripOrientation = 1;
     juce::Image image;
-    int frameCount = 0;
+    int frameCount = 0;      // positions the value maps onto
+    int stripFrameCount = 0; // frames the image holds
     int lastDragMode = -1;
     juce::Label* label = nullptr;
     bool showValuePopup;
