@@ -40,12 +40,14 @@ void ImageDisplay::setImage(const juce::String& path)
         if (!scale.isVoid())
             image.getProperties()->set("__ScaleFactor", scale);
     }
+    // Opaque, the window's own fill beneath it is never painted.
+    setOpaque(image.isValid());
     repaint();
 }
 
 void ImageDisplay::paint(juce::Graphics& g)
 {
-    if (!image.isValid())
+    if (!image.isValid() || covered.containsRectangle(g.getClipBounds()))
         return;
     // Left, top, and only ever reduced: the image's logical size is the window's.
     const juce::Rectangle<int> logical = logicalBounds(image);
@@ -189,6 +191,11 @@ void FluxDeckPluginUI::resized()
     editor.setBounds(0, layout::topBarHeight, w, h - layout::topBarHeight - layout::footerHeight);
     footer.setBounds(0, h - layout::footerHeight, w, layout::footerHeight);
     footer.repaint(); // the version text follows the expand button
+    juce::RectangleList<int> reels;
+    for (bool left : {true, false})
+        if (const Slider& reel = editor.getReel(left); reel.isOpaque())
+            reels.add(getLocalArea(&editor, reel.getBounds()));
+    background.setCoveredAreas(reels);
 }
 
 int FluxDeckPluginUI::getControlParameterIndex(juce::Component& component)

@@ -25,11 +25,14 @@ class ImageDisplay : public juce::Component
 public:
     void setImage(const juce::String& path);
     const juce::String& getImagePath() const { return imagePath; }
+    /** Areas that opaque pictures above paint whole: a repaint inside one skips the image. */
+    void setCoveredAreas(const juce::RectangleList<int>& areas) { covered = areas; }
     void paint(juce::Graphics& g) override;
 
 private:
     juce::String imagePath;
     juce::Image image;
+    juce::RectangleList<int> covered;
 };
 
 class FluxDeckPluginUI : public PluginEditor
