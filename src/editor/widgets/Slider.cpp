@@ -104,6 +104,8 @@ void Slider::paint(juce::Graphics& g)
 
 void Slider::refreshValueText()
 {
+    if (label == nullptr && valuePopup == nullptr)
+        return; // a reel turning 50 times a second shows no text: no formatting
     const juce::String text = getTextFromValue(getValue());
     if (label != nullptr)
         label->setText(text, juce::dontSendNotification);
