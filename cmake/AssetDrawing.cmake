@@ -14,7 +14,8 @@ set(FLUXDECK_DRAWN_ASSETS "${CMAKE_BINARY_DIR}/drawn_assets")
 set(FLUXDECK_DRAWN_STAMP "${FLUXDECK_DRAWN_ASSETS}/drawn.stamp")
 
 file(GLOB FLUXDECK_ASSET_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/assets/*.cpp)
-add_executable(flux-deck-draw-assets ${FLUXDECK_ASSET_SOURCES} ${PROJECT_SOURCE_DIR}/src/editor/Layout.cpp)
+add_executable(flux-deck-draw-assets ${FLUXDECK_ASSET_SOURCES} ${PROJECT_SOURCE_DIR}/src/editor/Layout.cpp
+                                      ${PROJECT_SOURCE_DIR}/src/editor/widgets/BoxArt.cpp)
 target_include_directories(flux-deck-draw-assets PRIVATE ${PROJECT_SOURCE_DIR}/tools ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(flux-deck-draw-assets PRIVATE
   JUCE_STANDALONE_APPLICATION=1

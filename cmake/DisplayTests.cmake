@@ -15,7 +15,8 @@ endif()
 # Replaces the allocation functions, so it is a program of its own.
 set(FLUXDECK_DISPLAY_RT_TEST ${PROJECT_SOURCE_DIR}/tests/editor/realtime/test_displays_audio_thread.cpp)
 if(EXISTS ${FLUXDECK_DISPLAY_RT_TEST})
-  add_executable(fluxdeck_display_realtime_tests ${FLUXDECK_DISPLAY_RT_TEST} ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+  add_executable(fluxdeck_display_realtime_tests ${FLUXDECK_DISPLAY_RT_TEST} ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp
+                 ${PROJECT_SOURCE_DIR}/tests/support/AllocationCounter.cpp)
   fluxdeck_use_shared_code(fluxdeck_display_realtime_tests)
   target_include_directories(fluxdeck_display_realtime_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(fluxdeck_display_realtime_tests PRIVATE fluxdeck_warnings GTest::gtest)

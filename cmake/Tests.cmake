@@ -28,7 +28,8 @@ endif()
 # live in an executable of their own.
 file(GLOB FLUXDECK_RT_TEST_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/realtime/*.cpp)
 if(FLUXDECK_RT_TEST_SOURCES)
-  add_executable(fluxdeck_realtime_tests ${FLUXDECK_RT_TEST_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+  add_executable(fluxdeck_realtime_tests ${FLUXDECK_RT_TEST_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp
+                 ${PROJECT_SOURCE_DIR}/tests/support/AllocationCounter.cpp)
   fluxdeck_use_shared_code(fluxdeck_realtime_tests)
   target_include_directories(fluxdeck_realtime_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(fluxdeck_realtime_tests PRIVATE fluxdeck_warnings GTest::gtest)
@@ -48,8 +49,9 @@ if(FLUXDECK_EDITOR_TEST_SOURCES)
 
   # Counts the audio thread's allocations with replaced allocation functions.
   add_executable(fluxdeck_editor_realtime_tests ${PROJECT_SOURCE_DIR}/tests/editor/realtime/test_window_while_rendering.cpp
-                 ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+                 ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp ${PROJECT_SOURCE_DIR}/tests/support/AllocationCounter.cpp)
   fluxdeck_use_shared_code(fluxdeck_editor_realtime_tests)
+  target_include_directories(fluxdeck_editor_realtime_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(fluxdeck_editor_realtime_tests PRIVATE fluxdeck_warnings GTest::gtest)
   gtest_discover_tests(fluxdeck_editor_realtime_tests DISCOVERY_MODE PRE_TEST
                        PROPERTIES LABELS "editor;realtime" RESOURCE_LOCK fluxdeck_user_settings)

@@ -31,6 +31,15 @@ void ImageDisplay::setImage(const juce::String& path)
         return;
     imagePath = path;
     image = loadImage(path);
+    // The backgrounds have no transparent pixel: kept without alpha, every repaint of a
+    // picture's rectangle starts with a plain copy of them instead of a blend.
+    if (image.isValid() && image.hasAlphaChannel())
+    {
+        const juce::var scale = image.getProperties()->getWithDefault("__ScaleFactor", {});
+        image = image.convertedToFormat(juce::Image::RGB);
+        if (!scale.isVoid())
+            image.getProperties()->set("__ScaleFactor", scale);
+    }
     repaint();
 }
 

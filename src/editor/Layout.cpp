@@ -126,7 +126,7 @@ const Control companderSectionTable[] = {
     {K::comboBox, "NoiseReductionEncoder", {15, 1, 119, 24}, nullptr, 0, "Noise reduction encoder", "ENCODER",
      L::above},
     {K::comboBox, "NoiseReductionDecoder", {15, 92, 119, 24}, nullptr, 0, "Noise reduction decoder", "DECODER",
-     L::below},
+     L::below, true},
     {K::button, "NRLink", {54, 41, 41, 41}, "b_link", 0, "Link noise reduction encoder and decoder", "LINK",
      L::right},
 };

@@ -36,7 +36,7 @@ enum class Kind
     knob,       // filmstrip slider bound to a parameter
     valueLabel, // the value of a parameter as text
     button,     // image button, bound when `parameter` is set
-    comboBox,   // the background draws its box; the widget draws only text
+    comboBox,   // the background draws its box (unless ownBox); the widget draws only text
     display,    // a picture drawn by code over a screen in the background
     overlay,    // a picture drawn by code over a button, with no screen of its own
     reel,       // the turning reel filmstrips
@@ -65,6 +65,8 @@ struct Control
     const char* tooltip;
     const char* legend = nullptr; // printed in the background at the control
     LegendAt legendAt = LegendAt::none;
+    /** A combo box whose panel draws its box, because the box changes with the panel's state. */
+    bool ownBox = false;
 
     bool isBound() const { return name != nullptr && name[0] >= 'A' && name[0] <= 'Z'; }
 };
@@ -119,6 +121,9 @@ constexpr unsigned legendColour = 0xFF424242;
 constexpr unsigned accentColour = 0xFF785991;
 constexpr unsigned valueColour = 0xFF906AAE;
 constexpr unsigned footerColour = 0xFF646464;
+constexpr unsigned boxFillColour = 0xFFE8E8E8; // inside of combo boxes and text fields
+constexpr unsigned boxEdgeColour = 0xFFA6A6A6; // their rim, and the screens' rim
+constexpr unsigned iconColour = 0xFF6A6A6A;    // arrows and button glyphs
 
 /** Folder of all images inside the archive, with the "$Resource/" volume prefix. */
 constexpr const char* assetRoot = "$Resource/resource/assets/";

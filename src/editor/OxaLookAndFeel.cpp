@@ -1,5 +1,7 @@
 #include "editor/OxaLookAndFeel.h"
 
+#include "editor/widgets/BoxArt.h"
+
 #include <vector>
 
 namespace oxa
@@ -82,6 +84,8 @@ juce::Label* OxaLookAndFeel::createComboBoxTextBox(juce::ComboBox&)
 void OxaLookAndFeel::positionComboBoxText(juce::ComboBox& box, juce::Label& label)
 {
     label.setBounds(0, 0, box.getWidth(), box.getHeight());
+    label.setBorderSize(boxArt::comboBoxTextBorder(box.getWidth()));
+    label.setMinimumHorizontalScale(boxArt::comboBoxTextSqueeze);
     label.setFont(getComboBoxFont(box));
 }
 

@@ -231,17 +231,14 @@ private:
         return decodeStage<Decoder, InLanes>(path, recorded) / path.makeup;
     }
 
-    // Mixes the two paths with an S-curve. The shares sum to a little more than 1 mid-way:
-    // the two paths sound alike only for quiet material, and where a saturated head makes
-    // them differ, a plain sum of shares would dip.
+    // Mixes the two paths with an S-curve, so the fade starts and ends without a corner.
     double fadeFromOutgoing(double incoming) noexcept
     {
         const double t = static_cast<double>(deck.driveFade.value());
         const double shaped = t * t * (3.0 - 2.0 * t);
-        const double mixed = std::pow(1.0 - shaped, fadeLaw) * outgoingValue + std::pow(shaped, fadeLaw) * incoming;
         deck.driveFade.advance(1);
         fading = deck.driveFade.isMoving();
-        return mixed;
+        return outgoingValue + shaped * (incoming - outgoingValue);
     }
 
     double flangePhaseAt(float t) const noexcept
@@ -288,7 +285,6 @@ private:
     bool ramping;
     double makeup;
     double outgoingValue = 0.0;
-    static constexpr double fadeLaw = 0.9;
     float lfoIncrement;
     float lfoTime;
     float lastLfoTime;

@@ -1,5 +1,6 @@
 #include "tape/FluxDeckParameters.h"
 
+#include "element/LegacyScales.h"
 #include "element/ParameterRegistry.h"
 #include "engine/ProcessingElement.h"
 
@@ -27,6 +28,12 @@ uint32_t addFloat(const char* name, const char* displayName, float min, float ma
     ParameterDescription<float> description(name, defaultValue, min, max, unit, mapperFlags, mapper, false, false, 32);
     description.displayName = String(displayName);
     return ParameterRegistry::instance().registerFloat(description);
+}
+
+// Documents of version 0 stored the resistance on a scale that started at a third.
+float hysteresisFromVersion0(float stored)
+{
+    return (stored * 2.0f + 1.0f) * 0.33333334f;
 }
 
 uint32_t addBool(const char* name, const char* displayName, bool defaultValue)
@@ -73,6 +80,7 @@ FluxDeckParameterIds buildTable()
     id.phaseInvert = addBool("PhaseInvert", "Phase Invert", false);
     id.magneticHardness = addFloat("MagneticHardness", "Magnetic Hardness", 0.0f, 1.0f, 1.0f, plainNumber);
     id.hysteresis = addFloat("Hysteresis", "Magnetic Resistance", 0.0f, 1.0f, 0.0f, plainNumber);
+    LegacyScales::declare("Hysteresis", &hysteresisFromVersion0);
     id.noiseGain = addFloat("NoiseGain", "Noise Gain", -80.0f, -20.0f, -80.0f, decibels);
     id.spacing = addFloat("Spacing", "Spacing", 0.0f, 1.0f, 0.0f, plainNumber);
     id.thickness = addFloat("Thickness", "Thickness", 0.0f, 1.0f, 0.0f, plainNumber);

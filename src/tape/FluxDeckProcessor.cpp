@@ -3,6 +3,7 @@
 #include "element/ElementFactory.h"
 #include "element/NoteLengths.h"
 #include "element/ParameterInfo.h"
+#include "element/LegacyScales.h"
 #include "element/ParameterRegistry.h"
 #include "tape/Decibels.h"
 #include "tape/TapeControls.h"
@@ -212,10 +213,8 @@ void FluxDeckProcessor::saveXmlAttributes(tinyxml2::XMLElement* node, int& versi
 bool FluxDeckProcessor::loadXmlAttributes(const tinyxml2::XMLElement* node, int version)
 {
     const bool loaded = BasicProcessingElement::loadXmlAttributes(node, version);
-    // Older documents stored the resistance on a scale that started at a third.
-    float stored = 0.0f;
-    if (version < 1 && node != nullptr && node->QueryFloatAttribute("Hysteresis", &stored) == tinyxml2::XML_SUCCESS)
-        setFloatParameter(ids().hysteresis, (stored * 2.0f + 1.0f) * 0.33333334f);
+    if (node != nullptr)
+        LegacyScales::convertLoaded(*this, *node, version);
     // The flange mode loads after the manual position, and switching to Manual moves the
     // position to its start; a project saved in Manual mode reopens where it was left.
     float manualPosition = 0.0f;

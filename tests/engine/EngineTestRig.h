@@ -4,6 +4,7 @@
 #include "element/ParameterRegistry.h"
 #include "engine/BasicProcessingElement.h"
 #include "engine/Engine.h"
+#include "support/EngineRenderRig.h"
 
 #include <memory>
 #include <vector>
@@ -70,40 +71,19 @@ private:
 };
 
 /** An engine rendering a GainEffect, and optionally one more element, into two channels. */
-struct EngineRig
+struct EngineRig : EngineRenderRig
 {
     explicit EngineRig(int tail = -1, std::shared_ptr<ProcessingElement> other = nullptr, bool otherFirst = false)
-        : bus(2, 512), left(512, 1.0f), right(512, 1.0f)
+        : EngineRenderRig(512, 1.0f), effect(std::make_shared<GainEffect>("Fx", tail))
     {
-        effect = std::make_shared<GainEffect>("Fx", tail);
-        engine = std::make_shared<Engine>();
         if (other != nullptr && otherFirst)
             engine->addElement(other);
         engine->addElement(effect);
         if (other != nullptr && !otherFirst)
             engine->addElement(other);
-        engine->prepare(48000.0, 512);
-        engine->setBus(0, &bus);
-        context.setSampleRate(48000.0f);
+        prepare(48000.0, 512);
     }
 
-    void render(uint32_t n, bool silent = false)
-    {
-        float* channels[] = {left.data(), right.data()};
-        bus.setChannels(channels);
-        if (silent)
-            bus.markSilent(n);
-        engine->processEvents(context, events, n);
-        engine->render(context, n);
-        events.clear();
-        context.endOfBlock(n);
-    }
-
-    AudioBus bus;
-    std::vector<float> left, right;
     std::shared_ptr<GainEffect> effect;
-    std::shared_ptr<Engine> engine;
-    RenderContext context;
-    EventList events;
 };
 } // namespace oxa::test

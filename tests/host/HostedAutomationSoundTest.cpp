@@ -10,28 +10,18 @@ constexpr double pi = 3.141592653589793;
 
 // Host values are normalised; every parameter used here maps its range linearly (Delay's
 // logarithmic mapping is only used at its end).
-struct Rig
+struct Rig : HostedInstance
 {
-    std::unique_ptr<juce::AudioPluginInstance> plugin;
-    std::unique_ptr<OfflineRenderer> renderer;
     double rate;
 
-    explicit Rig(double sampleRate = 48000.0) : rate(sampleRate)
-    {
-        plugin = loadBuiltPlugin(rate, 512);
-        if (plugin != nullptr)
-        {
-            renderer = std::make_unique<OfflineRenderer>(*plugin, 512);
-            EXPECT_EQ(renderer->prepare(rate, 2), "");
-        }
-    }
+    explicit Rig(double sampleRate = 48000.0) : HostedInstance(sampleRate, 512), rate(sampleRate) {}
 
     void set(const char* name, float normalised)
     {
         auto* parameter = findParameter(*plugin, name);
         ASSERT_NE(parameter, nullptr) << name;
         parameter->setValueNotifyingHost(normalised);
-        settle(*plugin, *renderer);
+        settle();
     }
 
     std::vector<float> render(const std::vector<float>& x)
@@ -92,17 +82,19 @@ TEST(HostedAutomationSound, HalfMixIsFlatToTwentyKilohertz)
 // the levels that the two settled renders give at the same place (windows 10 dB below the
 // programme are its quiet moments and are judged at that floor). Loud material drives the
 // head into saturation, where the new record path's memory settles for a while after the
-// fade: those steps keep within 2 to 4 dB.
+// fade: those steps keep within 2 to 4 dB (gliding through the drives between, 0 -> 40 dB
+// at 0 dBFS missed by 8.5 dB and 40 -> 0 dB by 4.4 dB).
 TEST(HostedAutomationSound, DriveStepsKeepTheLevel)
 {
     struct Step
     {
-        double scale; // 0.004: about -35 dBFS peak; 0.064: about -11 dBFS
+        double scale; // 0.004: about -35 dBFS peak; 0.064: about -11 dBFS; 0.25: about 0 dBFS
         float from, to; // normalised: 40 dB full scale
         double tolerance;
     };
     for (auto step : { Step { 0.004, 0.0f, 0.5f, 1.0 }, Step { 0.004, 0.5f, 0.0f, 1.0 }, Step { 0.004, 0.0f, 1.0f, 1.0 },
-                       Step { 0.064, 0.0f, 1.0f, 4.5 }, Step { 0.064, 0.0f, 0.5f, 2.5 }, Step { 0.064, 1.0f, 0.0f, 2.5 } })
+                       Step { 0.064, 0.0f, 1.0f, 4.5 }, Step { 0.064, 1.0f, 0.0f, 2.5 }, Step { 0.25, 0.0f, 1.0f, 4.5 },
+                       Step { 0.25, 1.0f, 0.0f, 2.5 } })
     {
         juce::Random random(3);
         std::vector<float> noise(48000);

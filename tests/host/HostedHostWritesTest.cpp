@@ -10,22 +10,9 @@ namespace
 constexpr double kRate = 48000.0;
 constexpr int kBlock = 256;
 
-struct Hosted
+struct Hosted : HostedInstance
 {
-    std::unique_ptr<juce::AudioPluginInstance> plugin;
-    std::unique_ptr<OfflineRenderer> renderer;
-
-    static Hosted create()
-    {
-        Hosted hosted;
-        hosted.plugin = loadBuiltPlugin(kRate, kBlock);
-        if (hosted.plugin != nullptr)
-        {
-            hosted.renderer = std::make_unique<OfflineRenderer>(*hosted.plugin, kBlock);
-            EXPECT_EQ(hosted.renderer->prepare(kRate, 2), "");
-        }
-        return hosted;
-    }
+    Hosted() : HostedInstance(kRate, kBlock) {}
 
     juce::AudioProcessorParameter& parameter(const char* name) const
     {
@@ -66,7 +53,7 @@ struct Hosted
 
 TEST(HostedHostWrites, TwoWritesInOneBlockKeepTheirMeaning)
 {
-    auto hosted = Hosted::create();
+    Hosted hosted;
     ASSERT_NE(hosted.plugin, nullptr);
     hosted.write("Manual Flange", 0.75f);
     hosted.oneBlock();
@@ -88,7 +75,7 @@ TEST(HostedHostWrites, TwoWritesInOneBlockKeepTheirMeaning)
 
 TEST(HostedHostWrites, ASaveRightAfterAWriteKeepsItsSideEffects)
 {
-    auto hosted = Hosted::create();
+    Hosted hosted;
     ASSERT_NE(hosted.plugin, nullptr);
     hosted.oneBlock();
     const auto typeB = hosted.parameter("Noise Reduction Encoder").getText(2.0f / 3.0f, 100);
@@ -96,7 +83,7 @@ TEST(HostedHostWrites, ASaveRightAfterAWriteKeepsItsSideEffects)
     juce::MemoryBlock saved;
     hosted.plugin->getStateInformation(saved); // no block in between
 
-    auto reopened = Hosted::create();
+    Hosted reopened;
     ASSERT_NE(reopened.plugin, nullptr);
     reopened.plugin->setStateInformation(saved.getData(), (int) saved.getSize());
     reopened.oneBlock();
@@ -106,7 +93,7 @@ TEST(HostedHostWrites, ASaveRightAfterAWriteKeepsItsSideEffects)
 
 TEST(HostedHostWrites, BypassKeepsTheTimingOfTheDryPath)
 {
-    auto hosted = Hosted::create();
+    Hosted hosted;
     ASSERT_NE(hosted.plugin, nullptr);
     auto* bypass = hosted.plugin->getBypassParameter();
     ASSERT_NE(bypass, nullptr);

@@ -57,17 +57,9 @@ juce::MemoryBlock stateWithLearnedController(juce::AudioPluginInstance& plugin, 
     return withComponentChunk(hostState, chunkOf(*xml));
 }
 
-struct HostedRig
+struct HostedRig : HostedInstance
 {
-    HostedRig()
-    {
-        plugin = loadBuiltPlugin(kRate, kBlock);
-        if (plugin != nullptr)
-        {
-            renderer = std::make_unique<OfflineRenderer>(*plugin, kBlock);
-            EXPECT_EQ(renderer->prepare(kRate, 2), "");
-        }
-    }
+    HostedRig() : HostedInstance(kRate, kBlock) {}
 
     /** One host block of noise with the given controller messages. */
     juce::AudioBuffer<float> block(std::initializer_list<std::pair<int, int>> numbersAndValues, int offset = 0,
@@ -90,8 +82,6 @@ struct HostedRig
         return engine != nullptr && engine->getIntAttribute("Playing") != 0;
     }
 
-    std::unique_ptr<juce::AudioPluginInstance> plugin;
-    std::unique_ptr<OfflineRenderer> renderer;
     juce::int64 seed = 0;
 };
 
@@ -120,7 +110,7 @@ TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
     const auto learned = stateWithLearnedController(*rig.plugin, 74, "OutputGain");
     ASSERT_GT(learned.getSize(), 0u);
     rig.plugin->setStateInformation(learned.getData(), (int) learned.getSize());
-    settle(*rig.plugin, *rig.renderer);
+    rig.settle();
     // JUCE's VST3 hosting turns a controller into a change of the stand-in parameter, at
     // the start of the block and only when its value moves. Past the latency the wet
     // signal is there; the controller then sets the output gain outright: 127 is +40 dB,

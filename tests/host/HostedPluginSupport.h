@@ -74,6 +74,26 @@ inline void settle(juce::AudioPluginInstance& plugin, OfflineRenderer& renderer)
     PluginHost::pumpMessages(200);
 }
 
+/** The built plug-in loaded and prepared for stereo, with an offline renderer: the host's
+    side of a test. plugin stays null when the load fails (the load reports why). */
+struct HostedInstance
+{
+    std::unique_ptr<juce::AudioPluginInstance> plugin;
+    std::unique_ptr<OfflineRenderer> renderer;
+
+    explicit HostedInstance(double sampleRate = 48000.0, int blockSize = 256)
+    {
+        plugin = loadBuiltPlugin(sampleRate, blockSize);
+        if (plugin != nullptr)
+        {
+            renderer = std::make_unique<OfflineRenderer>(*plugin, blockSize);
+            EXPECT_EQ(renderer->prepare(sampleRate, 2), "");
+        }
+    }
+
+    void settle() { testing::settle(*plugin, *renderer); }
+};
+
 /** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */
 inline juce::MemoryBlock withComponentChunk(const juce::MemoryBlock& hostState, const juce::MemoryBlock& chunk)
 {

@@ -10,24 +10,9 @@ constexpr double kRate = 48000.0;
 constexpr int kBlock = 256;
 
 /** An instance prepared for stereo, with its renderer. */
-struct PreparedPlugin
+struct PreparedPlugin : HostedInstance
 {
-    std::unique_ptr<juce::AudioPluginInstance> plugin;
-    std::unique_ptr<OfflineRenderer> renderer;
-
-    static PreparedPlugin create()
-    {
-        PreparedPlugin prepared;
-        prepared.plugin = loadBuiltPlugin(kRate, kBlock);
-        if (prepared.plugin != nullptr)
-        {
-            prepared.renderer = std::make_unique<OfflineRenderer>(*prepared.plugin, kBlock);
-            EXPECT_EQ(prepared.renderer->prepare(kRate, 2), "");
-        }
-        return prepared;
-    }
-
-    void settle() { testing::settle(*plugin, *renderer); }
+    PreparedPlugin() : HostedInstance(kRate, kBlock) {}
 
     std::vector<float> values() const
     {
@@ -80,7 +65,7 @@ void expectSameValues(const std::vector<float>& actual, const std::vector<float>
 
 TEST(HostedState, RoundTripRestoresEveryParameter)
 {
-    auto original = PreparedPlugin::create();
+    PreparedPlugin original;
     ASSERT_NE(original.plugin, nullptr);
 
     scatterParameters(*original.plugin, 0.05f);
@@ -96,13 +81,13 @@ TEST(HostedState, RoundTripRestoresEveryParameter)
     expectSameValues(original.values(), saved, "same instance");
 
     // A fresh instance, as when a project is opened.
-    auto reopened = PreparedPlugin::create();
+    PreparedPlugin reopened;
     ASSERT_NE(reopened.plugin, nullptr);
     reopened.restore(chunk);
     expectSameValues(reopened.values(), saved, "fresh instance");
 
     // Saving the restored state again gives a state that restores the same values.
-    auto copy = PreparedPlugin::create();
+    PreparedPlugin copy;
     ASSERT_NE(copy.plugin, nullptr);
     copy.restore(reopened.state());
     expectSameValues(copy.values(), saved, "state of a restored instance");
@@ -116,7 +101,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
     {
         SCOPED_TRACE(flipSwitches ? "every parameter moved" : "every switch on");
         // The session as the user left it, audio already played.
-        auto original = PreparedPlugin::create();
+        PreparedPlugin original;
         ASSERT_NE(original.plugin, nullptr);
         scatterParameters(*original.plugin, 0.3f, flipSwitches);
         original.settle();
@@ -124,7 +109,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
         const auto chunk = original.state();
 
         // The same project opened again in a fresh instance.
-        auto reopened = PreparedPlugin::create();
+        PreparedPlugin reopened;
         ASSERT_NE(reopened.plugin, nullptr);
         reopened.restore(chunk);
         expectSameValues(reopened.values(), original.values(), "reopened");
@@ -158,7 +143,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
 
 TEST(HostedState, CorruptChunksLeaveTheCurrentStateInPlace)
 {
-    auto prepared = PreparedPlugin::create();
+    PreparedPlugin prepared;
     ASSERT_NE(prepared.plugin, nullptr);
 
     scatterParameters(*prepared.plugin, 0.3f);

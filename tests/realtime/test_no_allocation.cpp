@@ -4,6 +4,7 @@
 // writes the wrapper makes on that thread before it).
 #include "engine/MidiLearn.h"
 #include "plugin/FluxDeckPlugin.h"
+#include "support/AllocationCounter.h"
 #include "support/ScopedWrapperType.h"
 #include "tape/FluxDeckProcessor.h"
 
@@ -16,30 +17,13 @@
 #include <cstdlib>
 #include <cmath>
 #include <mutex>
-#include <new>
 
 namespace
 {
-std::atomic<bool> armed { false };
-std::atomic<long> allocations { 0 };
-
-void* counted(std::size_t size)
+// Counts from zero on this thread while it lives.
+struct Armed : oxa::test::CountedAllocations
 {
-    if (armed.load(std::memory_order_relaxed))
-        allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size))
-        return p;
-    throw std::bad_alloc();
-}
-
-struct Armed
-{
-    Armed()
-    {
-        allocations = 0;
-        armed = true;
-    }
-    ~Armed() { armed = false; }
+    Armed() { reset(); }
 };
 } // namespace
 
@@ -99,15 +83,6 @@ extern "C" int pthread_rwlock_wrlock(pthread_rwlock_t* lock)
     return realFunction<RwLock>(realWriteLock, "pthread_rwlock_wrlock")(lock);
 }
 
-void* operator new(std::size_t size) { return counted(size); }
-void* operator new[](std::size_t size) { return counted(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
-
 using namespace oxa;
 
 namespace
@@ -128,7 +103,7 @@ void renderBlocks(FluxDeckPlugin& plugin, int blocks, int blockSize, int eventsP
             midi.addEvent(juce::MidiMessage::noteOn(1, 60, (uint8_t) 100), e % blockSize);
         Armed guard;
         plugin.processBlock(buffer, midi);
-        counted += allocations.load();
+        counted += test::CountedAllocations::total();
     }
 }
 } // namespace
@@ -188,7 +163,7 @@ TEST(AudioThread, NeitherHostWritesNorABlockTakeABlockingLock)
         plugin.getBypassParameter()->setValue(block % 20 < 10 ? 0.0f : 1.0f);
         plugin.processBlock(buffer, midi);
         locks += blockingLocks.load();
-        heap += allocations.load();
+        heap += test::CountedAllocations::total();
     }
     EXPECT_EQ(locks, 0);
     EXPECT_EQ(heap, 0);
@@ -223,7 +198,7 @@ TEST(AudioThread, StandaloneVoiceAndLearnedControllersNeitherAllocateNorLock)
         LocksArmed lockGuard;
         Armed guard;
         plugin->processBlock(buffer, midi);
-        counted += allocations.load() + blockingLocks.load();
+        counted += test::CountedAllocations::total() + blockingLocks.load();
     }
     EXPECT_EQ(counted, 0) << "allocations and blocking locks";
     EXPECT_GT(buffer.getMagnitude(0, 0, 512), 0.0f) << "the voice played";
@@ -254,9 +229,11 @@ TEST(AudioThread, EveryBlockLoopInEitherSolverKernelRendersWithoutTheHeap)
                     {
                         for (int i = 0; i < 512; ++i)
                             left[i] = right[i] = 0.5f * std::sin(0.05f * static_cast<float>(b * 512 + i));
+                        if (b == 2) // the record path fades over to a new drive
+                            state.forEachDeck([](TapeDeck& deck) { deck.setDrive(10.0); });
                         Armed guard;
                         state.render(channels, 2, 512, TapeHostInfo{}, false, tempo, speed.data(), dry.data());
-                        counted += allocations.load();
+                        counted += test::CountedAllocations::total();
                     }
                 }
     EXPECT_EQ(counted, 0);

@@ -98,18 +98,6 @@ void drawScreen(juce::Graphics& g, juce::Rectangle<float> area, bool withGrid)
     g.drawRoundedRectangle(frame.reduced(0.5f), 4.0f, 1.0f);
 }
 
-void drawInsetBox(juce::Graphics& g, juce::Rectangle<float> area, float corner)
-{
-    g.setColour(juce::Colours::white.withAlpha(0.6f));
-    g.drawRoundedRectangle(area.translated(0.0f, 1.0f).reduced(0.5f), corner, 1.0f);
-    g.setColour(ink::boxFill);
-    g.fillRoundedRectangle(area, corner);
-    g.setColour(juce::Colours::black.withAlpha(0.08f));
-    g.drawLine(area.getX() + corner, area.getY() + 1.5f, area.getRight() - corner, area.getY() + 1.5f, 1.0f);
-    g.setColour(ink::screenEdge);
-    g.drawRoundedRectangle(area.reduced(0.5f), corner, 1.0f);
-}
-
 void drawDropShadow(juce::Graphics& g, juce::Point<float> centre, float radius)
 {
     juce::ColourGradient shade(juce::Colours::black.withAlpha(0.32f), centre.x, centre.y + 2.0f,

@@ -4,6 +4,7 @@
 // scales the context for the "@2x" twins, so both sizes come from the same vectors.
 
 #include "editor/Layout.h"
+#include "editor/widgets/BoxArt.h"
 
 #include <juce_graphics/juce_graphics.h>
 
@@ -21,10 +22,10 @@ const juce::Colour plateBottom {0xFFCDCDCD};
 const juce::Colour plateEdge {0xFFB4B4B4};
 const juce::Colour well {0xFFC8C8C8};
 const juce::Colour screen {0xFFEEEEEE};
-const juce::Colour screenEdge {0xFFA6A6A6};
+const juce::Colour screenEdge {layout::boxEdgeColour};
 const juce::Colour grid {0xFFDDDDDD};
-const juce::Colour boxFill {0xFFE8E8E8};
-const juce::Colour icon {0xFF6A6A6A};
+const juce::Colour boxFill {layout::boxFillColour};
+const juce::Colour icon {layout::iconColour};
 const juce::Colour iconOver {0xFF3E3E3E};
 const juce::Colour tape {0xFF4B3F37};
 } // namespace ink
@@ -40,7 +41,7 @@ void drawLegend(juce::Graphics& g, const juce::String& text, juce::Rectangle<flo
 void drawPlate(juce::Graphics& g, juce::Rectangle<float> area);
 void drawWell(juce::Graphics& g, juce::Rectangle<float> area, float corner);
 void drawScreen(juce::Graphics& g, juce::Rectangle<float> area, bool withGrid);
-void drawInsetBox(juce::Graphics& g, juce::Rectangle<float> area, float corner);
+using boxArt::drawInsetBox;
 void drawDropShadow(juce::Graphics& g, juce::Point<float> centre, float radius);
 
 inline juce::Rectangle<float> toRect(const layout::Box& b)

@@ -46,18 +46,6 @@ void drawKnobRing(juce::Graphics& g, const Box& knob)
     }
 }
 
-void drawComboBox(juce::Graphics& g, const Box& box)
-{
-    // A narrow box keeps all its width for the text: its arrow goes just outside.
-    const juce::Rectangle<float> area = box.w >= 100 ? toRect(box) : toRect(box).withTrimmedRight(-14.0f);
-    drawInsetBox(g, area, 3.0f);
-    const float arrowX = area.getRight() - 9.0f, arrowY = area.getCentreY();
-    juce::Path arrow;
-    arrow.addTriangle(arrowX - 3.5f, arrowY - 2.0f, arrowX + 3.5f, arrowY - 2.0f, arrowX, arrowY + 2.5f);
-    g.setColour(ink::icon);
-    g.fillPath(arrow);
-}
-
 void drawMeterTrack(juce::Graphics& g, const Box& box, bool ticksOnRight)
 {
     const juce::Rectangle<float> area = toRect(box).expanded(1.5f);
@@ -211,7 +199,10 @@ void drawControl(juce::Graphics& g, const Control& c, const Box& b)
     switch (c.kind)
     {
         case Kind::knob: drawKnobRing(g, b); break;
-        case Kind::comboBox: drawComboBox(g, b); break;
+        case Kind::comboBox:
+            if (!c.ownBox)
+                boxArt::drawComboBox(g, toRect(b), true);
+            break;
         case Kind::display: drawScreen(g, toRect(b), true); break;
         case Kind::textBox: drawInsetBox(g, toRect(b), 4.0f); break;
         case Kind::meter: drawMeterTrack(g, b, b.x > windowWidth / 2); break;

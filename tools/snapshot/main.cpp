@@ -1,37 +1,27 @@
-// flux-deck-snapshot DIR [--bench]
-// Opens the plug-in's window in-process, with no display, and writes a picture of it
-// for each background: LFO, LFO settings and manual mode, collapsed and expanded, at
-// scale 1 and 2, and of the open menus, the A/B states and the MIDI settings panel.
-// With --bench it also times full repaints of the expanded window.
+// flux-deck-snapshot DIR [--bench | --bench-only]
+// Opens the plug-in's window in-process, with no display, and writes pictures of it:
+// each background (LFO, LFO settings and manual mode, collapsed and expanded), then
+// the expanded window with its pictures at work (record head, compander, flange,
+// phase invert, the transport trace), then the open menus, the A/B states and the
+// MIDI settings panel, all at scale 1 and 2. With --bench it also times full
+// repaints and what the animated window costs the message thread; --bench-only
+// times without writing pictures.
 
-#include "MenuStates.h"
-#include "editor/FluxDeckPluginUI.h"
 #include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
-#include "plugin/FluxDeckPlugin.h"
-#include "tape/FluxDeckProcessor.h"
+#include "snapshot/MenuStates.h"
+#include "snapshot/Scenes.h"
+#include "snapshot/WindowBench.h"
+#include "snapshot/WindowDriver.h"
 
 #include <juce_events/juce_events.h>
 
-#include <chrono>
 #include <iostream>
 
 namespace
 {
 using namespace oxa;
-
-void settle()
-{
-    // Parameter notifications reach the window through the message queue.
-    juce::MessageManager::getInstance()->runDispatchLoopUntil(60);
-}
-
-void setFlangeMode(FluxDeckPlugin& plugin, int mode)
-{
-    if (Element* fx = plugin.getEngine()->findElement(String("FluxDeck")))
-        fx->setIntParameter(FluxDeckProcessor::ids().flangeMode, mode, true);
-    settle();
-}
+using namespace oxa::snapshot;
 
 bool writePng(const juce::Image& image, const juce::File& file)
 {
@@ -41,33 +31,45 @@ bool writePng(const juce::Image& image, const juce::File& file)
     return out.openedOk() && png.writeImageToStream(image, out);
 }
 
-double millisecondsPerRepaint(FluxDeckPluginUI& ui, float scale, int runs)
+/** The window's settings, which these pictures change, put back as the user left them. */
+struct UserWindowSettings
 {
-    (void) ui.createComponentSnapshot(ui.getLocalBounds(), true, scale); // warm the image cache
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < runs; ++i)
-        (void) ui.createComponentSnapshot(ui.getLocalBounds(), true, scale);
-    const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
-    return elapsed.count() / runs;
-}
-} // namespace
+    bool expanded = windowSettings::readBool("ui.expanded", false);
+    bool reelRunning = windowSettings::readBool("ui.reel", false);
+    float reelTime = windowSettings::readFloat("ui.reelTime", 0.0f);
+    ~UserWindowSettings()
+    {
+        windowSettings::writeBool("ui.expanded", expanded);
+        windowSettings::writeBool("ui.reel", reelRunning);
+        windowSettings::writeFloat("ui.reelTime", reelTime);
+    }
+};
 
-int main(int argc, char** argv)
+class Album
 {
-    if (argc < 2)
+public:
+    explicit Album(const juce::File& dir) : dir(dir) {}
+
+    bool add(FluxDeckPluginUI& ui, const juce::String& name, int scale)
     {
-        std::cerr << "usage: flux-deck-snapshot DIR [--bench]\n";
-        return 2;
-    }
-    juce::ScopedJuceInitialiser_GUI juceSystem;
-    const juce::File dir = juce::File::getCurrentWorkingDirectory().getChildFile(argv[1]);
-    const bool bench = argc > 2 && juce::String(argv[2]) == "--bench";
-    if (!dir.createDirectory())
-    {
-        std::cerr << "cannot create " << dir.getFullPathName() << "\n";
-        return 1;
+        const juce::String file = "flux-deck-" + name + "@" + juce::String(scale) + "x.png";
+        if (!writePng(ui.createComponentSnapshot(ui.getLocalBounds(), true, float(scale)), dir.getChildFile(file)))
+        {
+            std::cerr << "cannot write " << file << "\n";
+            return false;
+        }
+        ++written;
+        return true;
     }
 
+    int written = 0;
+
+private:
+    juce::File dir;
+};
+
+bool writePages(Album& album, int scale, bool bench)
+{
     struct Page
     {
         const char* name;
@@ -75,48 +77,90 @@ int main(int argc, char** argv)
         bool lfoSettings;
     };
     const Page pages[] = {{"lfo", 1, false}, {"lfo-edit", 1, true}, {"manual", 0, false}};
+    WindowDriver d;
+    for (const Page& page : pages)
+        for (bool expanded : {false, true})
+        {
+            d.setInt("FlangeMode", page.mode);
+            d.openWindow(expanded);
+            if (page.mode == 1)
+                d.window().setLfoSettingsOpen(page.lfoSettings);
+            WindowDriver::settle();
+            if (!album.add(d.window(), juce::String(page.name) + (expanded ? "-expanded" : "-collapsed"), scale))
+                return false;
+            if (bench && expanded && page.mode == 1 && !page.lfoSettings)
+                std::cout << "full repaint, expanded window, scale " << scale << ": "
+                          << juce::String(millisecondsPerRepaint(d.window(), float(scale), 20), 2) << " ms\n";
+        }
+    return true;
+}
 
-    // The pictures toggle the window's height; the user's own choice is put back after.
-    const bool userExpanded = windowSettings::readBool("ui.expanded", false);
-    int written = 0;
-    for (int scale : {1, 2})
+bool writeScenes(Album& album, int scale)
+{
+    for (const Scene& scene : scenes())
     {
-        overrideDisplayImageScale(scale); // the twins a screen of this density would get
-        FluxDeckPlugin plugin;
-        plugin.prepareToPlay(48000.0, 512);
-        for (const Page& page : pages)
-            for (bool expanded : {false, true})
-            {
-                setFlangeMode(plugin, page.mode);
-                std::unique_ptr<juce::AudioProcessorEditor> editor(plugin.createEditor());
-                auto& ui = dynamic_cast<FluxDeckPluginUI&>(*editor);
-                ui.setExpanded(expanded);
-                if (page.mode == 1)
-                    ui.setLfoSettingsOpen(page.lfoSettings);
-                settle();
-                const juce::Image picture = ui.createComponentSnapshot(ui.getLocalBounds(), true, float(scale));
-                const juce::String name = juce::String("flux-deck-") + page.name + (expanded ? "-expanded" : "-collapsed")
-                                          + "@" + juce::String(scale) + "x.png";
-                if (!writePng(picture, dir.getChildFile(name)))
-                {
-                    std::cerr << "cannot write " << name << "\n";
-                    return 1;
-                }
-                ++written;
-                if (bench && expanded && page.mode == 1 && !page.lfoSettings)
-                    std::cout << "full repaint, expanded window, scale " << scale << ": "
-                              << juce::String(millisecondsPerRepaint(ui, float(scale), 20), 2) << " ms\n";
-            }
+        WindowDriver d;
+        d.openWindow(true);
+        bool ok = true;
+        scene.play(d, [&](const char* suffix) {
+            ok = ok && album.add(d.window(), juce::String("state-") + scene.name + suffix, scale);
+        });
+        if (!ok)
+            return false;
     }
+    return true;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2)
+    {
+        std::cerr << "usage: flux-deck-snapshot DIR [--bench | --bench-only]\n";
+        return 2;
+    }
+    juce::ScopedJuceInitialiser_GUI juceSystem;
+    const juce::File dir = juce::File::getCurrentWorkingDirectory().getChildFile(argv[1]);
+    const juce::String option = argc > 2 ? argv[2] : "";
+    const bool benchOnly = option == "--bench-only";
+    const bool bench = benchOnly || option == "--bench";
+    if (!dir.createDirectory())
+    {
+        std::cerr << "cannot create " << dir.getFullPathName() << "\n";
+        return 1;
+    }
+
+    const UserWindowSettings keep;
+    Album album(dir);
     for (int scale : {1, 2})
     {
-        overrideDisplayImageScale(scale);
+        if (benchOnly)
+            break;
+        overrideDisplayImageScale(scale); // the twins a screen of this density would get
+        if (!writePages(album, scale, bench) || !writeScenes(album, scale))
+            return 1;
         const int menus = snapshot::writeMenuStates(dir, scale);
         if (menus < 0)
             return 1;
-        written += menus;
+        album.written += menus;
     }
-    windowSettings::writeBool("ui.expanded", userExpanded);
-    std::cout << "wrote " << written << " pictures into " << dir.getFullPathName() << "\n";
+    if (!benchOnly)
+        std::cout << "wrote " << album.written << " pictures into " << dir.getFullPathName() << "\n";
+
+    if (bench)
+        for (int scale : {1, 2})
+            for (bool reels : {true, false})
+            {
+                overrideDisplayImageScale(scale);
+                const WindowLoad load = measureAnimatedWindow(float(scale), 5.0, reels);
+                std::cout << "animated window, scale " << scale << (reels ? ", reels running: " : ", reels stopped: ")
+                          << juce::String(load.cpuMillisecondsPerSecond, 1) << " ms of message-thread CPU per second ("
+                          << juce::String(load.cpuMillisecondsPerSecond / 10.0, 1) << "% of a core), " << load.frames
+                          << " frames; the loop with the window closed: "
+                          << juce::String(load.closedWindowMillisecondsPerSecond, 1) << " ms/s, not counted\n";
+                for (const auto& [name, milliseconds] : load.repaintMilliseconds)
+                    std::cout << "  " << name << ": " << juce::String(milliseconds, 3) << " ms a repaint\n";
+            }
+    overrideDisplayImageScale(0);
     return 0;
 }

@@ -70,8 +70,16 @@ void FlangeDisplay::setValues(const Values& newValues)
 {
     if (newValues == values)
         return;
+    // A slow LFO moves deck two by less than a device pixel a tick: the strip lands
+    // where it already is, so that tick needs no paint.
+    const auto width = static_cast<float>(getWidth());
+    const bool samePicture = stripScale > 0.0f && newValues.maxRelativeDelay == values.maxRelativeDelay
+                          && newValues.phaseInvert == values.phaseInvert
+                          && stripOffset(secondDeckShift(newValues, width), width)
+                                 == stripOffset(secondDeckShift(values, width), width);
     values = newValues;
-    repaint();
+    if (!samePicture)
+        repaint();
 }
 
 float FlangeDisplay::firstDeckShift(const Values& v, float width)
@@ -116,14 +124,19 @@ void FlangeDisplay::prepareStrips(int width, int height, float scale)
     deckTwoStrip = draw(juce::Colour(secondDeckColour), 2.0f);
 }
 
-void FlangeDisplay::drawStrip(juce::Graphics& g, const juce::Image& strip, float shift, float width) const
+float FlangeDisplay::stripOffset(float shift, float width) const
 {
     // The strip starts one period left of the picture; a shift moves it right by
     // its remainder within a period, snapped to whole device pixels for a plain copy.
     const float period = width * 0.5f;
     const float remainder = shift - period * std::floor(shift / period);
-    const float offset = std::round((remainder - period) * stripScale) / stripScale;
-    g.drawImageTransformed(strip, juce::AffineTransform::scale(1.0f / stripScale).translated(offset, 0.0f));
+    return std::round((remainder - period) * stripScale) / stripScale;
+}
+
+void FlangeDisplay::drawStrip(juce::Graphics& g, const juce::Image& strip, float shift, float width) const
+{
+    g.drawImageTransformed(strip,
+                           juce::AffineTransform::scale(1.0f / stripScale).translated(stripOffset(shift, width), 0.0f));
 }
 
 void FlangeDisplay::paint(juce::Graphics& g)

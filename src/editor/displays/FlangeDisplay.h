@@ -1,7 +1,8 @@
 #pragma once
 // Where the second deck's tape sits against the first: two sine cycles, deck one
 // at the nominal delay, deck two moved by the live flange position (and turned
-// over with phase invert). At position -1 the two coincide.
+// over with phase invert). At position 0, where both decks read the same delay,
+// the two coincide; at -1 and 1 deck two leads or trails by the whole depth.
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -58,6 +59,8 @@ private:
     // Each deck's curve is the same sine moved sideways: it is drawn once into a
     // strip one period wider than the picture, and each frame only places the strip.
     void prepareStrips(int width, int height, float scale);
+    /** Where a deck's strip is drawn for its shift, in whole device pixels of the last paint. */
+    float stripOffset(float shift, float width) const;
     void drawStrip(juce::Graphics& g, const juce::Image& strip, float shift, float width) const;
 
     Values values;

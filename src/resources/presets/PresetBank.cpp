@@ -3,6 +3,7 @@
 #include "element/Element.h"
 #include "element/ElementFactory.h"
 #include "element/ElementPersistence.h"
+#include "element/LegacyScales.h"
 #include "element/ParameterDescription.h"
 #include "resources/UserFolders.h"
 #include "resources/Volume.h"
@@ -39,14 +40,8 @@ bool readFloat(const tinyxml2::XMLElement& node, const char* name, float& value)
     return true;
 }
 
-// Files made before the "Hysteresis" scale changed hold the old value.
-float hysteresisFromOldScale(float value)
-{
-    return (value * 2.0f + 1.0f) * 0.33333334f;
-}
-
 void applyOne(Element& element, const ParameterInfoBase& record, const tinyxml2::XMLElement& node, int version,
-              const ApplyRules& rules, uint32_t syncId, uint32_t hysteresisId)
+              const ApplyRules& rules, uint32_t syncId)
 {
     const char* attribute = record.name().c_str();
     const uint32_t id = record.id();
@@ -61,8 +56,7 @@ void applyOne(Element& element, const ParameterInfoBase& record, const tinyxml2:
         {
             if (d.hasRange() && !(synced && isSyncDisplayType(d.displayType)))
                 value = std::fmin(std::fmax(value, d.min), d.max);
-            if (version < 1 && id == hysteresisId)
-                value = hysteresisFromOldScale(value);
+            value = LegacyScales::toCurrent(attribute, value, version);
         }
         element.setFloatParameter(id, value);
         break;
@@ -96,7 +90,6 @@ void applyOne(Element& element, const ParameterInfoBase& record, const tinyxml2:
 void applyValues(Element& element, const tinyxml2::XMLElement& node, int version, const ApplyRules& rules)
 {
     const uint32_t syncId = element.parameterId("SyncToHost");
-    const uint32_t hysteresisId = element.parameterId("Hysteresis");
     const int passes = rules.boolsFirst ? 2 : 1;
     for (int pass = 0; pass < passes; ++pass)
         for (const auto& record : element.parameters())
@@ -109,7 +102,7 @@ void applyValues(Element& element, const tinyxml2::XMLElement& node, int version
             const ParameterFlags& flags = record->flags();
             if (!flags.isPersistent() || flags.isOutput() || element.isParameterLocked(record->id()))
                 continue;
-            applyOne(element, *record, node, version, rules, syncId, hysteresisId);
+            applyOne(element, *record, node, version, rules, syncId);
         }
 }
 

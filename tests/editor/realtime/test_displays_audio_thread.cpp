@@ -4,39 +4,13 @@
 // the program is replaced by a counting one, armed only around processBlock.
 #include "engine/EngineProxy.h"
 #include "plugin/FluxDeckPlugin.h"
+#include "support/AllocationCounter.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <vector>
-
-namespace
-{
-std::atomic<bool> armed {false};
-std::atomic<long> allocations {0};
-
-void* counted(std::size_t size)
-{
-    if (armed.load(std::memory_order_relaxed))
-        allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size))
-        return p;
-    throw std::bad_alloc();
-}
-} // namespace
-
-void* operator new(std::size_t size) { return counted(size); }
-void* operator new[](std::size_t size) { return counted(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 
 namespace oxa
 {
@@ -63,11 +37,12 @@ TEST(DisplayFeeds, PublishingForThePicturesAllocatesNothingOnTheAudioThread)
         for (int c = 0; c < 2; ++c)
             for (int i = 0; i < 512; ++i)
                 buffer.setSample(c, i, random.nextFloat() - 0.5f);
-        allocations = 0;
-        armed = true;
-        plugin.processBlock(buffer, midi);
-        armed = false;
-        total += allocations.load();
+        test::CountedAllocations::reset();
+        {
+            test::CountedAllocations audioThread;
+            plugin.processBlock(buffer, midi);
+        }
+        total += test::CountedAllocations::total();
 
         // The window's side, as its timers would between blocks.
         loudest = std::max({loudest, processor->outputLevels.take(0), processor->outputLevels.take(1)});

@@ -5,37 +5,12 @@
 #include "editor/WindowSettings.h"
 #include "editor/widgets/ImageLoader.h"
 #include "plugin/FluxDeckPlugin.h"
+#include "support/AllocationCounter.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <new>
 #include <thread>
-
-namespace
-{
-thread_local bool countHere = false;
-std::atomic<long> audioAllocations {0};
-
-void* counted(std::size_t size)
-{
-    if (countHere)
-        audioAllocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size))
-        return p;
-    throw std::bad_alloc();
-}
-} // namespace
-
-void* operator new(std::size_t size) { return counted(size); }
-void* operator new[](std::size_t size) { return counted(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size == 0 ? 1 : size); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 
 TEST(WindowWhileRendering, TwoHundredOpeningsLeaveTheAudioThreadAlone)
 {
@@ -61,9 +36,8 @@ TEST(WindowWhileRendering, TwoHundredOpeningsLeaveTheAudioThreadAlone)
                     for (int i = 0; i < 256; ++i)
                         buffer.setSample(c, i, random.nextFloat() - 0.5f);
                 midi.clear();
-                countHere = true;
+                test::CountedAllocations audioThread;
                 plugin.processBlock(buffer, midi);
-                countHere = false;
                 ++blocks;
             }
         });
@@ -79,7 +53,7 @@ TEST(WindowWhileRendering, TwoHundredOpeningsLeaveTheAudioThreadAlone)
         running = false;
         audio.join();
         EXPECT_GT(blocks.load(), 0);
-        EXPECT_EQ(audioAllocations.load(), 0);
+        EXPECT_EQ(test::CountedAllocations::total(), 0);
     }
     EXPECT_EQ(juce::Component::getNumCurrentlyModalComponents(), liveBefore);
     EXPECT_EQ(oxa::Plugin::liveInstances(), 0);

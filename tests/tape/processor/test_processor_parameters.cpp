@@ -1,4 +1,5 @@
 // The processor's parameter table and the routing of writes into the decks.
+#include "element/LegacyScales.h"
 #include "element/ParameterInfo.h"
 #include "element/ParameterRegistry.h"
 #include "element/StoredFloat.h"
@@ -205,6 +206,12 @@ TEST(ProcessorPersistence, OldDocumentsRescaleTheResistance)
     int version = 0;
     current->saveXmlAttributes(node, version);
     EXPECT_EQ(version, 1);
+
+    // Out of range on the old scale: clamped there first, as a preset of that age loads.
+    node->SetAttribute("Hysteresis", -1.0f);
+    old->loadXmlAttributes(node, 0);
+    EXPECT_NEAR(old->floatParameter(id.hysteresis), LegacyScales::toCurrent("Hysteresis", 0.0f, 0), 1e-7f);
+    EXPECT_NEAR(old->floatParameter(id.hysteresis), 0.33333334f, 1e-6f);
 }
 
 TEST(ProcessorInterplay, SyncToHostConvertsTheRateBothWays)

@@ -3,6 +3,7 @@
 #include "engine/Engine.h"
 #include "resources/VolumeTable.h"
 #include "resources/presets/PresetBank.h"
+#include "support/EngineRenderRig.h"
 #include "tape/FluxDeckProcessor.h"
 #include "tape/SignalMonitoringFIFO.h"
 
@@ -17,34 +18,16 @@ using namespace oxa;
 
 namespace
 {
-struct EngineRig
+struct EngineRig : test::EngineRenderRig
 {
-    explicit EngineRig(double sampleRate = 44100.0, uint32_t block = 512) : bus(2, block), left(block), right(block)
+    explicit EngineRig(double sampleRate = 44100.0, uint32_t block = 512)
+        : EngineRenderRig(block, 0.0f), processor(std::make_shared<FluxDeckProcessor>())
     {
-        processor = std::make_shared<FluxDeckProcessor>();
-        engine = std::make_shared<Engine>();
         engine->addElement(processor);
-        engine->prepare(sampleRate, static_cast<int>(block));
-        engine->setBus(0, &bus);
-        context.setSampleRate(static_cast<float>(sampleRate));
+        prepare(sampleRate, block);
     }
 
-    void render(uint32_t n)
-    {
-        float* channels[] = {left.data(), right.data()};
-        bus.setChannels(channels);
-        engine->processEvents(context, events, n);
-        engine->render(context, n);
-        events.clear();
-        context.endOfBlock(n);
-    }
-
-    AudioBus bus;
-    std::vector<float> left, right;
     std::shared_ptr<FluxDeckProcessor> processor;
-    std::shared_ptr<Engine> engine;
-    RenderContext context;
-    EventList events;
 };
 
 float testSignal(std::size_t i) { return 0.5f * std::sin(0.013f * static_cast<float>(i)) + 0.001f * (i % 7); }

@@ -1,0 +1,154 @@
+// The window open with every picture animating while the host renders on one
+// thread and writes parameters on another: the message thread runs the window's
+// timers (trace, reels, flange picture, meters, footer) and repaints the whole
+// window again and again. Under ThreadSanitizer this shows that the live roads
+// to the window (monitor, flange position, output levels) and the parameter
+// notifications are race-free; in any build the pictures must have moved.
+#include "editor/FluxDeckPluginUI.h"
+#include "editor/WindowSettings.h"
+#include "editor/widgets/ImageLoader.h"
+#include "element/ParameterRegistry.h"
+#include "plugin/FluxDeckPlugin.h"
+#include "tape/FluxDeckProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <thread>
+
+using namespace oxa;
+
+namespace
+{
+constexpr int blockSize = 256;
+
+/** Keeps the user's window settings, which an open window writes when it closes. */
+struct UserWindowSettings
+{
+    UserWindowSettings()
+        : expanded(windowSettings::readBool("ui.expanded", false)),
+          reelRunning(windowSettings::readBool("ui.reel", false)),
+          reelTime(windowSettings::readFloat("ui.reelTime", 0.0f))
+    {
+    }
+    ~UserWindowSettings()
+    {
+        windowSettings::writeBool("ui.expanded", expanded);
+        windowSettings::writeBool("ui.reel", reelRunning);
+        windowSettings::writeFloat("ui.reelTime", reelTime);
+    }
+    bool expanded, reelRunning;
+    float reelTime;
+};
+
+juce::MouseEvent clickOn(juce::Component& target)
+{
+    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
+    const juce::Time now = juce::Time::getCurrentTime();
+    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre,
+                            juce::ModifierKeys::leftButtonModifier, juce::MouseInputSource::defaultPressure, 0.0f, 0.0f,
+                            0.0f, 0.0f, &target, &target, now, centre, now, 1, false);
+}
+
+/** Host parameters worth moving while the pictures watch: each one redraws something. */
+const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "MagneticHardness", "Hysteresis",
+                                          "Speed",            "Spacing",     "Thickness",        "Azimuth",
+                                          "WowMod",           "FlutterMod",  "NRLink",           "ApplyRecordHead",
+                                          "ApplyTransport",   "OutputGain",  "LFOSymmetry",      "LFOShape"};
+} // namespace
+
+TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
+{
+    const UserWindowSettings keep;
+    overrideDisplayImageScale(1);
+
+    FluxDeckPlugin plugin;
+    plugin.prepareToPlay(48000.0, blockSize);
+    Element* effect = plugin.getEngine()->findElement(String("FluxDeck"));
+    ASSERT_NE(effect, nullptr);
+    effect->setFloatParameter(parameterIdByName("WowMod"), 1.0f, true);
+    effect->setFloatParameter(parameterIdByName("FlutterMod"), 1.0f, true);
+
+    std::vector<juce::AudioProcessorParameter*> written;
+    for (const char* name : animatedParameters)
+    {
+        const auto slot = plugin.findSlot(String("/FluxDeck"), parameterIdByName(name));
+        ASSERT_TRUE(slot.has_value()) << name;
+        written.push_back(plugin.getParameters()[int(*slot)]);
+    }
+
+    std::unique_ptr<juce::AudioProcessorEditor> editor(plugin.createEditor());
+    auto& ui = dynamic_cast<FluxDeckPluginUI&>(*editor);
+    ui.setExpanded(true);
+    FluxDeckEditor& panel = ui.getEditor();
+    if (!panel.isReelRunning())
+        panel.mouseDown(clickOn(panel.getReel(true))); // the reels turn from the start
+    ASSERT_TRUE(panel.isReelRunning());
+    const float reelTimeBefore = panel.getReelTime();
+
+    std::atomic<bool> running {true};
+    std::atomic<long> blocks {0}, writes {0}, nonFinite {0};
+    std::thread audio([&] {
+        juce::AudioBuffer<float> buffer(2, blockSize);
+        juce::MidiBuffer midi;
+        juce::Random random(11);
+        while (running.load())
+        {
+            for (int c = 0; c < 2; ++c)
+                for (int i = 0; i < blockSize; ++i)
+                    buffer.setSample(c, i, 0.5f * (random.nextFloat() - 0.5f));
+            midi.clear();
+            plugin.processBlock(buffer, midi);
+            for (int c = 0; c < 2; ++c)
+                if (!std::isfinite(buffer.getSample(c, blockSize - 1)))
+                    nonFinite.fetch_add(1, std::memory_order_relaxed);
+            blocks.fetch_add(1, std::memory_order_relaxed);
+        }
+    });
+    std::thread host([&] {
+        juce::Random random(5);
+        while (running.load())
+        {
+            juce::AudioProcessorParameter* p = written[std::size_t(random.nextInt(int(written.size())))];
+            p->beginChangeGesture();
+            p->setValueNotifyingHost(random.nextFloat());
+            p->endChangeGesture();
+            writes.fetch_add(1, std::memory_order_relaxed);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    });
+
+    // The message thread: timers and queued notifications, then a whole-window
+    // paint, as a screen refresh would ask for.
+    int paints = 0;
+    std::size_t tracePoints = 0;
+    float flangeLow = 1.0f, flangeHigh = -1.0f;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(4);
+    while (std::chrono::steady_clock::now() < end || paints < 10)
+    {
+        juce::MessageManager::getInstance()->runDispatchLoopUntil(25);
+        (void) ui.createComponentSnapshot(ui.getLocalBounds(), true, 1.0f);
+        ++paints;
+        tracePoints = std::max(tracePoints, panel.getScrollCurve().getValues(0).size());
+        const float position = panel.getFlangeDisplay().getValues().flangePosition;
+        flangeLow = std::min(flangeLow, position);
+        flangeHigh = std::max(flangeHigh, position);
+    }
+    running = false;
+    audio.join();
+    host.join();
+    juce::MessageManager::getInstance()->runDispatchLoopUntil(20);
+
+    EXPECT_GT(blocks.load(), 0);
+    EXPECT_GT(writes.load(), 0);
+    EXPECT_EQ(nonFinite.load(), 0);
+    // Every live picture took data while the threads ran.
+    EXPECT_GT(tracePoints, 0u);
+    EXPECT_LT(flangeLow, flangeHigh) << "the flange picture never moved";
+    EXPECT_GT(panel.getReelTime(), reelTimeBefore) << "the reels never turned";
+
+    editor.reset();
+    overrideDisplayImageScale(0);
+}

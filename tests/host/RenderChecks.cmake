@@ -1,0 +1,52 @@
+# Checks shared by the scripts that run the render tool and the installed bundles.
+
+function(run_tool)
+  execute_process(COMMAND "${TOOL}" ${ARGN}
+    RESULT_VARIABLE code OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr TIMEOUT 50)
+  set(code "${code}" PARENT_SCOPE)
+  set(stdout "${stdout}" PARENT_SCOPE)
+  set(stderr "${stderr}" PARENT_SCOPE)
+endfunction()
+
+# Hosts of the two formats hand the plug-in different transport states, which moves the
+# first milliseconds' gain glide; the sound as a whole must match closely.
+function(expect_same_level first second)
+  set(levels)
+  foreach(file "${first}" "${second}")
+    execute_process(COMMAND "${SOX}" "${file}" -n stat ERROR_VARIABLE report RESULT_VARIABLE sox_code)
+    if(NOT sox_code EQUAL 0 OR NOT report MATCHES "RMS +amplitude: +0\\.([0-9]+)")
+      message(FATAL_ERROR "sox cannot measure ${file}:\n${report}")
+    endif()
+    string(REGEX REPLACE "^0+" "" micro "${CMAKE_MATCH_1}")
+    list(APPEND levels "${micro}")
+  endforeach()
+  list(GET levels 0 a)
+  list(GET levels 1 b)
+  file(SIZE "${first}" first_size)
+  file(SIZE "${second}" second_size)
+  math(EXPR difference "(${a} - ${b}) * 1000")
+  if(difference LESS 0)
+    math(EXPR difference "-(${difference})")
+  endif()
+  # Same length, and RMS within 0.1 % (0.01 dB).
+  if(NOT first_size EQUAL second_size OR difference GREATER a)
+    message(FATAL_ERROR "the LV2 and the VST3 render differently: ${first_size} and ${second_size} bytes, RMS 0.${a} and 0.${b}")
+  endif()
+endfunction()
+
+function(expect_clean_error pattern)
+  # A crash shows as a signal name instead of a number.
+  if(NOT code EQUAL 1)
+    message(FATAL_ERROR "expected exit code 1, got '${code}'\n${stdout}\n${stderr}")
+  endif()
+  if(NOT stderr MATCHES "${pattern}")
+    message(FATAL_ERROR "expected an error matching '${pattern}', got:\n${stderr}")
+  endif()
+  string(STRIP "${stderr}" message_text)
+  if(message_text MATCHES "\n")
+    message(FATAL_ERROR "the error must be one line:\n${stderr}")
+  endif()
+  if(EXISTS "${out}")
+    message(FATAL_ERROR "no output file may be written on an error")
+  endif()
+endfunction()

@@ -1,0 +1,41 @@
+#pragma once
+// An engine that renders two channels of its main bus in blocks, as the plug-in drives it.
+// A test's rig adds its elements, then prepares it.
+#include "engine/Engine.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace oxa::test
+{
+struct EngineRenderRig
+{
+    EngineRenderRig(uint32_t block, float fill) : bus(2, block), left(block, fill), right(block, fill) {}
+
+    void prepare(double sampleRate, uint32_t block)
+    {
+        engine->prepare(sampleRate, static_cast<int>(block));
+        engine->setBus(0, &bus);
+        context.setSampleRate(static_cast<float>(sampleRate));
+    }
+
+    void render(uint32_t n, bool silent = false)
+    {
+        float* channels[] = {left.data(), right.data()};
+        bus.setChannels(channels);
+        if (silent)
+            bus.markSilent(n);
+        engine->processEvents(context, events, n);
+        engine->render(context, n);
+        events.clear();
+        context.endOfBlock(n);
+    }
+
+    AudioBus bus;
+    std::vector<float> left, right;
+    std::shared_ptr<Engine> engine = std::make_shared<Engine>();
+    RenderContext context;
+    EventList events;
+};
+} // namespace oxa::test
