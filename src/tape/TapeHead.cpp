@@ -77,6 +77,15 @@ void TapeHead::tick(std::uint64_t tick, const double* history, std::uint64_t his
 
     previousDelay = currentDelay;
     currentDelay = static_cast<double>((m - readTick + newest) % m) + fraction;
+    if (!(currentDelay >= 0.0))
+    {
+        // The walk reached the present with tape to spare: the history was rewritten
+        // under this head (a prepare or a state load), so its running distance no
+        // longer adds up. Read the newest tape and count afresh from there.
+        currentDelay = 0.0;
+        readTick = newest;
+        distance = history[newest];
+    }
 
     if (readTick == oldest)
     {

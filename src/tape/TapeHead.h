@@ -58,7 +58,9 @@ struct TapeHead
         const auto deepest = static_cast<double>(ringLength - 2);
         if (delaySamples > deepest)
             delaySamples = deepest;
-        const auto whole = static_cast<std::int64_t>(delaySamples); // delays are never negative
+        else if (!(delaySamples >= 0.0)) // a broken head reads the present, not past the ring
+            delaySamples = 0.0;
+        const auto whole = static_cast<std::int64_t>(delaySamples);
         const double fraction = delaySamples - static_cast<double>(whole);
         const auto n = static_cast<std::int64_t>(ringLength);
         std::int64_t newer = static_cast<std::int64_t>(writeIndex) - whole;

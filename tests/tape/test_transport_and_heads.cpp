@@ -197,6 +197,30 @@ TEST(TapeHead, LongDelayStopsShortOfTheWritePosition)
     }
 }
 
+TEST(TapeHead, HistoryRewrittenUnderTheHeadStillReadsInsideTheTape)
+{
+    // A head that has counted a second of tape, whose history is then rewritten with
+    // much slower tape, used to end up with a negative delay and read outside the ring.
+    TapeHead head;
+    head.prepare(1500.0);
+    head.setDelay(0.01);
+    std::vector<double> history(3000, 1.0);
+    std::uint64_t tick = 0;
+    for (; tick < 400; ++tick)
+        head.tick(tick, history.data(), history.size());
+    std::fill(history.begin(), history.end(), 1e-6);
+    std::vector<double> ring(96000, 0.25);
+    for (; tick < 1200; ++tick)
+    {
+        head.tick(tick, history.data(), history.size());
+        ASSERT_GE(head.currentDelay, 0.0) << tick;
+        for (std::uint32_t offset : {0u, 31u})
+            ASSERT_EQ(TapeHead::readAt(ring.data(), ring.size(), tick % ring.size(), head.delayInSamples(offset)), 0.25);
+    }
+    EXPECT_EQ(TapeHead::readAt(ring.data(), ring.size(), 5, std::nan("")), 0.25);
+    EXPECT_EQ(TapeHead::readAt(ring.data(), ring.size(), 5, -40.0), 0.25);
+}
+
 TEST(NoiseSync, OffRunsIdenticalModulationOnDrifts)
 {
     for (bool unsync : {false, true})
