@@ -77,6 +77,25 @@ TEST_F(EditorTest, KnobFramesFollowTheValue)
     }
 }
 
+TEST(FilmstripSlider, PositionsBeyondAShortStripShowItsFramesAgain)
+{
+    // Three stacked 4 x 4 frames of distinct colours serve nine positions.
+    const juce::Colour colours[] = {juce::Colours::red, juce::Colours::green, juce::Colours::blue};
+    juce::Image strip(juce::Image::RGB, 4, 12, true);
+    for (int i = 0; i < 3; ++i)
+        strip.clear({0, 4 * i, 4, 4}, colours[i]);
+    Slider slider;
+    slider.setImageStrip(strip, 9, 1, 3);
+    slider.setRange(0.0, 8.0, 0.0);
+    EXPECT_EQ(slider.getBounds(), juce::Rectangle<int>(0, 0, 4, 4)) << "one frame, not a ninth of the strip";
+    for (double position : {0.0, 1.0, 2.5, 3.0, 4.9, 7.0, 8.0})
+    {
+        slider.setValue(position, juce::dontSendNotification);
+        const juce::Image shot = slider.createComponentSnapshot(slider.getLocalBounds(), false, 1.0f);
+        EXPECT_EQ(shot.getPixelAt(2, 2), colours[int(position) % 3]) << "position " << position;
+    }
+}
+
 TEST_F(EditorTest, AltClickResetsToTheDefaultAsOneGesture)
 {
     GestureCounter counter;
