@@ -194,7 +194,7 @@ void FluxDeckPluginUI::resized()
     juce::RectangleList<int> reels;
     for (bool left : {true, false})
         if (const Slider& reel = editor.getReel(left); reel.isOpaque())
-            reels.add(getLocalArea(&editor, reel.getBounds()));
+            reels.add(getLocalArea(&editor, reel.getBounds().getIntersection(editor.getLocalBounds())));
     background.setCoveredAreas(reels);
 }
 
