@@ -79,9 +79,9 @@ void TapeHead::tick(std::uint64_t tick, const double* history, std::uint64_t his
     currentDelay = static_cast<double>((m - readTick + newest) % m) + fraction;
     if (!(currentDelay >= 0.0))
     {
-        // The walk reached the present with tape to spare: the history was rewritten
-        // under this head (a prepare or a state load), so its running distance no
-        // longer adds up. Read the newest tape and count afresh from there.
+        // The walk reached the present with tape to spare: the newest tick alone holds
+        // more tape than this head's length, or the history no longer adds up to the
+        // running distance. Read the newest tape and count afresh from there.
         currentDelay = 0.0;
         readTick = newest;
         distance = history[newest];
