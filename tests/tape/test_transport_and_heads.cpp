@@ -256,6 +256,23 @@ TEST(TapeHead, SpeedChangeKeepsEveryHeadBehindThePresent)
     }
 }
 
+TEST(TapeHead, HeadShorterThanOneTickStaysAtThePresentPastTheFirstLap)
+{
+    // Three quarters of a tick of tape: the walk forward stops at the newest tick on
+    // every lap of the history, not only before the tick number first wraps round.
+    TapeHead head;
+    head.prepare(1500.0);
+    head.setDelay(0.0005);
+    std::vector<double> history(3000, 0.0);
+    for (std::uint64_t tick = 0; tick < 7000; ++tick)
+    {
+        history[tick % history.size()] = 1.0;
+        head.tick(tick, history.data(), history.size());
+        ASSERT_EQ(head.currentDelay, 0.0) << tick;
+        ASSERT_EQ(head.distance, 1.0) << tick;
+    }
+}
+
 TEST(NoiseSync, OffRunsIdenticalModulationOnDrifts)
 {
     for (bool unsync : {false, true})
