@@ -8,6 +8,14 @@ namespace oxa
 void EnvelopeCurve::setCurve (double levelDb, double ratio) noexcept
 {
     const double level = std::exp (static_cast<float> (levelDb) * 0.115129254758358f);
+    double& low = k.low;
+    double& high = k.high;
+    double& top = k.top;
+    double& slope = k.slope;
+    double& c0 = k.c0;
+    double& c1 = k.c1;
+    double& c2 = k.c2;
+    double& c3 = k.c3;
     low = 0.7 * ratio * level;
     high = 0.7 * level / ratio;
     top = 0.96 * level;
@@ -35,10 +43,10 @@ void EnvelopeCurve::setCurve (double levelDb, double ratio) noexcept
 void EnvelopeCurve::setEnvelope (double resistance, double capacitance, double sampleRate) noexcept
 {
     const double w = 1.0 / (2.0 * resistance * capacitance);
-    g1 = 1.0 / ((w + sampleRate) * resistance);
+    k.g1 = 1.0 / ((w + sampleRate) * resistance);
     g2 = -1.0 / (capacitance * resistance * (w + sampleRate));
-    invC = 1.0 / capacitance;
-    chargeTerm = charge * g2;
+    k.invC = 1.0 / capacitance;
+    k.chargeTerm = k.charge * g2;
 }
 
 } // namespace oxa

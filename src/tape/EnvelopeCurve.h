@@ -5,6 +5,55 @@
 namespace oxa
 {
 
+// What one sample's evaluation of an envelope curve reads: its shape and its charge as
+// the sample found it. F is a double for one curve, or Lanes for two curves side by side
+// (those of two decks); the formulas are the same, so a lane computes bit for bit what
+// one curve alone computes.
+template <class F>
+struct EnvelopeCurveTerms
+{
+    F c0 = 0.0, c1 = 1.0, c2 = 0.0, c3 = 0.0;
+    F low = 0.0, high = 0.0, top = 0.0, slope = 0.001;
+    F charge = 0.0;
+    F chargeTerm = 0.0; // charge * g2, fixed within a sample
+    F g1 = 0.0, invC = 0.0;
+
+    // The charge step a candidate input x would take.
+    template <class T>
+    T chargeStep (T x) const noexcept
+    {
+        return select (x < 0.0, -x, x) * g1 + chargeTerm;
+    }
+
+    template <class T>
+    T levelFor (T x) const noexcept
+    {
+        return (chargeStep (x) * 0.5 + charge) * invC;
+    }
+
+    // The curve for a level e.
+    template <class T>
+    T shape (T e) const noexcept
+    {
+        return select (e < low, e, select (e > high, (e - high) * slope + top, ((c3 * e + c2) * e + c1) * e + c0));
+    }
+
+    // The input scaled so that its level lands on the curve, leaving no trace.
+    template <class T>
+    T apply (T x) const noexcept
+    {
+        return applyWithStep (x, chargeStep (x));
+    }
+
+    // apply() with the charge step already known.
+    template <class T>
+    T applyWithStep (T x, T step) const noexcept
+    {
+        const T e = (step * 0.5 + charge) * invC * 1.4142135623730951;
+        return shape (e) * x / (e + 1e-16);
+    }
+};
+
 // A level follower (an RC charge pump) with a static gain curve: below `low` the signal
 // passes, above `high` it is held near `top`, with a cubic between. The charge moves only
 // in commit(), so a sample may be evaluated several times while an implicit equation is
@@ -15,28 +64,26 @@ public:
     // levelDb sets the curve's scale, ratio its spread around it.
     void setCurve (double levelDb, double ratio) noexcept;
     void setEnvelope (double resistance, double capacitance, double sampleRate) noexcept;
-    void clear() noexcept { charge = delta = chargeTerm = 0.0; }
+    void clear() noexcept { k.charge = delta = k.chargeTerm = 0.0; }
 
     // Level for a candidate input; stores the charge step that commit() would take.
     double follow (double x) noexcept
     {
-        delta = (x < 0.0 ? -x : x) * g1 + chargeTerm;
-        return (delta * 0.5 + charge) * invC;
+        delta = k.chargeStep (x);
+        return (delta * 0.5 + k.charge) * k.invC;
     }
 
     // The same level, leaving no trace; for one double or two in lanes.
     template <class T>
     T levelFor (T x) const noexcept
     {
-        const T step = select (x < 0.0, -x, x) * g1 + chargeTerm;
-        return (step * 0.5 + charge) * invC;
+        return k.levelFor (x);
     }
 
-    // The curve for a level e.
     template <class T>
     T shape (T e) const noexcept
     {
-        return select (e < low, e, select (e > high, (e - high) * slope + top, ((c3 * e + c2) * e + c1) * e + c0));
+        return k.shape (e);
     }
 
     // The input scaled so that its level lands on the curve.
@@ -50,36 +97,71 @@ public:
     // independent, so the processor can overlap them.
     void applyPair (double x, double y, double& outX, double& outY) const noexcept
     {
-        const double eX = levelFor (x) * 1.4142135623730951;
-        const double eY = levelFor (y) * 1.4142135623730951;
-        outX = shape (eX) * x / (eX + 1e-16);
-        outY = shape (eY) * y / (eY + 1e-16);
+        outX = k.apply (x);
+        outY = k.apply (y);
     }
 
     // applyPair with the candidates in the two lanes: the same results bit for bit.
-    Lanes applyInLanes (Lanes x) const noexcept
+    Lanes applyInLanes (Lanes x) const noexcept { return k.apply (x); }
+
+    // The terms of two curves, one a lane, for evaluating both at once.
+    static EnvelopeCurveTerms<Lanes> gather (const EnvelopeCurve& first, const EnvelopeCurve& second) noexcept
     {
-        const Lanes e = levelFor (x) * 1.4142135623730951;
-        return shape (e) * x / (e + 1e-16);
+        const EnvelopeCurveTerms<double>& a = first.k;
+        const EnvelopeCurveTerms<double>& b = second.k;
+        EnvelopeCurveTerms<Lanes> both;
+        both.c0 = Lanes (a.c0, b.c0);
+        both.c1 = Lanes (a.c1, b.c1);
+        both.c2 = Lanes (a.c2, b.c2);
+        both.c3 = Lanes (a.c3, b.c3);
+        both.low = Lanes (a.low, b.low);
+        both.high = Lanes (a.high, b.high);
+        both.top = Lanes (a.top, b.top);
+        both.slope = Lanes (a.slope, b.slope);
+        both.charge = Lanes (a.charge, b.charge);
+        both.chargeTerm = Lanes (a.chargeTerm, b.chargeTerm);
+        both.g1 = Lanes (a.g1, b.g1);
+        both.invC = Lanes (a.invC, b.invC);
+        return both;
+    }
+
+    // follow() on two curves at once, one a lane (both: their gathered terms); each keeps
+    // the charge step its own follow() would keep.
+    static Lanes followTwo (EnvelopeCurve& first, EnvelopeCurve& second, const EnvelopeCurveTerms<Lanes>& both,
+                            Lanes x) noexcept
+    {
+        const Lanes step = both.chargeStep (x);
+        first.delta = step.first();
+        second.delta = step.second();
+        return (step * 0.5 + both.charge) * both.invC;
+    }
+
+    // apply() on two curves at once, one a lane (both: their gathered terms); each keeps
+    // the charge step its own apply() would keep.
+    static Lanes applyTwo (EnvelopeCurve& first, EnvelopeCurve& second, const EnvelopeCurveTerms<Lanes>& both,
+                           Lanes x) noexcept
+    {
+        const Lanes step = both.chargeStep (x);
+        first.delta = step.first();
+        second.delta = step.second();
+        return both.applyWithStep (x, step);
     }
 
     void commit() noexcept
     {
-        charge += delta;
-        chargeTerm = charge * g2;
+        k.charge += delta;
+        k.chargeTerm = k.charge * g2;
     }
 
-    double getCharge() const noexcept { return charge; }
-    double getLow() const noexcept { return low; }
-    double getHigh() const noexcept { return high; }
-    double getTop() const noexcept { return top; }
+    double getCharge() const noexcept { return k.charge; }
+    double getLow() const noexcept { return k.low; }
+    double getHigh() const noexcept { return k.high; }
+    double getTop() const noexcept { return k.top; }
 
 private:
-    double c0 = 0.0, c1 = 1.0, c2 = 0.0, c3 = 0.0;
-    double low = 0.0, high = 0.0, top = 0.0, slope = 0.001;
-    double charge = 0.0, delta = 0.0;
-    double chargeTerm = 0.0; // charge * g2, fixed within a sample
-    double g1 = 0.0, g2 = 0.0, invC = 0.0;
+    EnvelopeCurveTerms<double> k;
+    double delta = 0.0;
+    double g2 = 0.0;
 };
 
 } // namespace oxa

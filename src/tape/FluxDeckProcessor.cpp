@@ -35,8 +35,9 @@ constexpr float bpmToHz = 0.016666668f;
 
 // ---- state ---------------------------------------------------------------------
 
-FluxDeckProcessor::State::State(Element* owner) : ProcessingElementState(owner)
+FluxDeckProcessor::State::State(Element* owner, TapeStorage storage) : ProcessingElementState(owner)
 {
+    tapeStorage = storage;
     // One channel holds the settings until the bus says how many there are.
     channels.resize(1);
 }
@@ -67,7 +68,12 @@ void FluxDeckProcessor::registerType()
 FluxDeckProcessor::FluxDeckProcessor(const String& name) : BasicProcessingElement(String("FluxDeck"), name)
 {
     (void) ids();
-    setStates(std::make_unique<State>(this), std::make_unique<State>(this));
+    // Only the main state renders. The second one mirrors the parameter values (the
+    // element framework keeps it as the template a polyphonic element hands its voices;
+    // this effect is never polyphonic), so it takes the settings but no tape: two
+    // copies of the tape would double the instance's memory for nothing. A state load
+    // builds a whole new tree, so no swap ever promotes the second state to rendering.
+    setStates(std::make_unique<State>(this), std::make_unique<State>(this, TapeStorage::none));
     bindParameters();
     // Setters store some values in other units and precisions than the deck's own
     // initial fields; a fresh processor must hold what a reload of it would hold.

@@ -21,7 +21,7 @@ public:
     class State : public ProcessingElementState, public TapeEffectState
     {
     public:
-        explicit State(Element* owner);
+        explicit State(Element* owner, TapeStorage storage = TapeStorage::allocated);
 
         void prepare(double sampleRate, int blockSize) override;
         void reset(double sampleRate, int blockSize) override;

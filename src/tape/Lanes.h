@@ -50,6 +50,10 @@ struct LaneMask
 
     friend LaneMask operator&&(LaneMask a, LaneMask b) noexcept { return {_mm_and_pd(a.v, b.v)}; }
     static LaneMask all() noexcept { return {_mm_castsi128_pd(_mm_set1_epi32(-1))}; }
+    static LaneMask of(bool first, bool second) noexcept
+    {
+        return {_mm_castsi128_pd(_mm_set_epi64x(second ? -1 : 0, first ? -1 : 0))};
+    }
     bool any() const noexcept { return _mm_movemask_pd(v) != 0; }
     // Lane by lane: whenTrue where the mask holds, whenFalse elsewhere.
     Lanes select(Lanes whenTrue, Lanes whenFalse) const noexcept
@@ -88,6 +92,7 @@ struct LaneMask
     bool a, b;
     friend LaneMask operator&&(LaneMask x, LaneMask y) noexcept { return {x.a && y.a, x.b && y.b}; }
     static LaneMask all() noexcept { return {true, true}; }
+    static LaneMask of(bool first, bool second) noexcept { return {first, second}; }
     bool any() const noexcept { return a || b; }
     Lanes select(Lanes whenTrue, Lanes whenFalse) const noexcept
     {

@@ -26,6 +26,23 @@ namespace
         return minWithLimit (r, T (maxCorner));
     }
 
+    // The fixed shelf's output for candidate u; F and T are doubles or lanes.
+    template <class T, class F>
+    T fixedStageOutput (T u, F c0, F history, F d0) noexcept
+    {
+        return (c0 * u + history) / d0;
+    }
+
+    // The sliding shelf's output for stage input i, its corner set by the level.
+    template <class T, class F>
+    T slidingStageOutput (T levelOfT, T i, F i1, F o1, double sampleRate) noexcept
+    {
+        const T a = slidingCorner (levelOfT);
+        BasicShelfCoefficients<T> sliding;
+        sliding.design (a, slidingLift, sampleRate);
+        return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
+    }
+
     // One Newton step on u = g(u) with a forward-difference slope; true once converged.
     // sidechainPair evaluates g at u and u + step.
     template <class SidechainPair>
@@ -50,25 +67,40 @@ namespace
         return u;
     }
 
-    // solve() for four equations (those of four decks), each stepping exactly as alone,
-    // in turn within one loop so that the processor works on several at once.
-    // pairOf(d) gives equation d's sidechainPair; u holds the starts and gets the results.
+    // solve() for four equations (those of four decks), two a register: every lane steps
+    // exactly as solve() steps its equation alone, and keeps its value once converged.
+    // pairOf(p, u) evaluates equations 2p and 2p + 1 at the candidates u; u holds the
+    // starts and gets the results.
     template <class PairOf>
-    void solveFour (double* u, const bool* solvable, PairOf pairOf) noexcept
+    void solveFourInLanes (double* u, const bool* solvable, PairOf pairOf) noexcept
     {
-        bool solving[4];
-        std::copy (solvable, solvable + 4, solving);
+        Lanes x[2];
+        LaneMask running[2];
+        for (int p = 0; p < 2; ++p)
+        {
+            x[p] = Lanes (u[2 * p], u[2 * p + 1]);
+            running[p] = LaneMask::of (solvable[2 * p], solvable[2 * p + 1]);
+        }
         for (int n = 0; n < iterations; ++n)
         {
-            bool any = false;
-            for (int d = 0; d < 4; ++d)
-            {
-                if (solving[d])
-                    solving[d] = ! solveStep (u[d], pairOf (d));
-                any = any || solving[d];
-            }
-            if (! any)
+            if (! (running[0].any() || running[1].any()))
                 break;
+            for (int p = 0; p < 2; ++p)
+            {
+                if (! running[p].any())
+                    continue;
+                const Lanes at = pairOf (p, x[p]);
+                const Lanes beside = pairOf (p, x[p] + step);
+                const Lanes error = x[p] - at;
+                const Lanes correction = error / ((x[p] + step - beside - error) * 1e6 + 1e-16);
+                x[p] = running[p].select (x[p] - correction, x[p]);
+                running[p] = running[p] && abs (correction) > Lanes (step);
+            }
+        }
+        for (int p = 0; p < 2; ++p)
+        {
+            u[2 * p] = x[p].first();
+            u[2 * p + 1] = x[p].second();
         }
     }
 } // namespace
@@ -94,15 +126,12 @@ void SlidingBandSidechain::clear() noexcept
 template <class T>
 T SlidingBandSidechain::slidingStage (T levelOfT, T i) const noexcept
 {
-    const T a = slidingCorner (levelOfT);
-    BasicShelfCoefficients<T> sliding;
-    sliding.design (a, slidingLift, sampleRate);
-    return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
+    return slidingStageOutput (levelOfT, i, i1, o1, sampleRate);
 }
 
 double SlidingBandSidechain::evaluate (double u, double i) noexcept
 {
-    const double t = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    const double t = fixedStageOutput (u, fixedStage.c0, fixedHistory, fixedStage.d0);
     const double o = slidingStage (level.follow (t), i); // follow keeps the charge step for commit()
 
     candidateU = u;
@@ -115,16 +144,52 @@ double SlidingBandSidechain::evaluate (double u, double i) noexcept
 void SlidingBandSidechain::evaluatePair (double u, double v, double iu, double iv, double& ou,
                                          double& ov) const noexcept
 {
-    const double tu = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
-    const double tv = (fixedStage.c0 * v + fixedHistory) / fixedStage.d0;
+    const double tu = fixedStageOutput (u, fixedStage.c0, fixedHistory, fixedStage.d0);
+    const double tv = fixedStageOutput (v, fixedStage.c0, fixedHistory, fixedStage.d0);
     ou = slidingStage (level.levelFor (tu), iu);
     ov = slidingStage (level.levelFor (tv), iv);
 }
 
 Lanes SlidingBandSidechain::evaluateInLanes (Lanes u, Lanes i) const noexcept
 {
-    const Lanes t = (fixedStage.c0 * u + fixedHistory) / fixedStage.d0;
+    const Lanes t = fixedStageOutput (u, fixedStage.c0, fixedHistory, fixedStage.d0);
     return slidingStage (level.levelFor (t), i);
+}
+
+SlidingBandSidechain::TwoInLanes::TwoInLanes (const SlidingBandSidechain& first,
+                                              const SlidingBandSidechain& second) noexcept
+    : fixedC0 (first.fixedStage.c0, second.fixedStage.c0),
+      fixedD0 (first.fixedStage.d0, second.fixedStage.d0),
+      fixedHistory (first.fixedHistory, second.fixedHistory),
+      i1 (first.i1, second.i1),
+      o1 (first.o1, second.o1),
+      level (EnvelopeCurve::gather (first.level, second.level)),
+      curve (EnvelopeCurve::gather (first.curve, second.curve)),
+      sampleRate (first.sampleRate) // the decks of one effect share it
+{
+}
+
+Lanes SlidingBandSidechain::TwoInLanes::evaluate (Lanes u, Lanes i) const noexcept
+{
+    const Lanes t = fixedStageOutput (u, fixedC0, fixedHistory, fixedD0);
+    return slidingStageOutput (level.levelFor (t), i, i1, o1, sampleRate);
+}
+
+Lanes SlidingBandSidechain::TwoInLanes::evaluateInto (SlidingBandSidechain& first, SlidingBandSidechain& second,
+                                                      Lanes u, Lanes i) const noexcept
+{
+    const Lanes t = fixedStageOutput (u, fixedC0, fixedHistory, fixedD0);
+    const Lanes o = slidingStageOutput (EnvelopeCurve::followTwo (first.level, second.level, level, t), i, i1, o1,
+                                        sampleRate);
+    first.candidateU = u.first();
+    second.candidateU = u.second();
+    first.candidateT = t.first();
+    second.candidateT = t.second();
+    first.candidateI = i.first();
+    second.candidateI = i.second();
+    first.candidateO = o.first();
+    second.candidateO = o.second();
+    return o;
 }
 
 void SlidingBandSidechain::commit() noexcept
@@ -228,6 +293,30 @@ double SlidingBandCompander::finishDecode (double v, double u) noexcept
     return y;
 }
 
+Lanes SlidingBandCompander::finishEncodeTwo (SlidingBandCompander& first, SlidingBandCompander& second,
+                                             const SlidingBandSidechain::TwoInLanes& sides, Lanes x, Lanes u) noexcept
+{
+    first.encoder.solution = u.first();
+    second.encoder.solution = u.second();
+    sides.evaluateInto (first.encoder, second.encoder, u, x);
+    const Lanes y = x + sides.applyCurveInto (first.encoder, second.encoder, u);
+    first.encoder.commit();
+    second.encoder.commit();
+    return y;
+}
+
+Lanes SlidingBandCompander::finishDecodeTwo (SlidingBandCompander& first, SlidingBandCompander& second,
+                                             const SlidingBandSidechain::TwoInLanes& sides, Lanes v, Lanes u) noexcept
+{
+    first.decoder.solution = u.first();
+    second.decoder.solution = u.second();
+    const Lanes y = v - sides.applyCurveInto (first.decoder, second.decoder, u);
+    sides.evaluateInto (first.decoder, second.decoder, u, y);
+    first.decoder.commit();
+    second.decoder.commit();
+    return y;
+}
+
 template <bool InLanes>
 double SlidingBandCompander::encodeWith (double x) noexcept
 {
@@ -257,12 +346,27 @@ void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* compa
         finite[d] = std::isfinite (x[d]);
         u[d] = companders[d]->encoder.solution;
     }
-    solveFour (u, finite, [&] (int d) {
-        return [&, d] (double a, double b, double& ga, double& gb) { companders[d]->encoderPair<true> (x[d], a, b, ga, gb); };
-    });
-    for (int d = 0; d < 4; ++d)
-        if (finite[d])
-            x[d] = companders[d]->finishEncode (x[d], u[d]);
+    const SlidingBandSidechain::TwoInLanes sides[] = {{companders[0]->encoder, companders[1]->encoder},
+                                                      {companders[2]->encoder, companders[3]->encoder}};
+    const Lanes inputs[] = {Lanes (x[0], x[1]), Lanes (x[2], x[3])};
+    solveFourInLanes (u, finite, [&] (int p, Lanes candidates) { return sides[p].evaluate (candidates, inputs[p]); });
+    for (int p = 0; p < 2; ++p)
+    {
+        SlidingBandCompander& first = *companders[2 * p];
+        SlidingBandCompander& second = *companders[2 * p + 1];
+        if (finite[2 * p] && finite[2 * p + 1])
+        {
+            const Lanes y = finishEncodeTwo (first, second, sides[p], inputs[p], Lanes (u[2 * p], u[2 * p + 1]));
+            x[2 * p] = y.first();
+            x[2 * p + 1] = y.second();
+            continue;
+        }
+        // A non-finite input passes and leaves its deck's state alone.
+        if (finite[2 * p])
+            x[2 * p] = first.finishEncode (x[2 * p], u[2 * p]);
+        if (finite[2 * p + 1])
+            x[2 * p + 1] = second.finishEncode (x[2 * p + 1], u[2 * p + 1]);
+    }
 }
 
 void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept
@@ -274,12 +378,28 @@ void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* compa
         finite[d] = std::isfinite (v[d]);
         u[d] = companders[d]->decoder.solution;
     }
-    solveFour (u, finite, [&] (int d) {
-        return [&, d] (double a, double b, double& ga, double& gb) { companders[d]->decoderPair<true> (v[d], a, b, ga, gb); };
+    const SlidingBandSidechain::TwoInLanes sides[] = {{companders[0]->decoder, companders[1]->decoder},
+                                                      {companders[2]->decoder, companders[3]->decoder}};
+    const Lanes inputs[] = {Lanes (v[0], v[1]), Lanes (v[2], v[3])};
+    solveFourInLanes (u, finite, [&] (int p, Lanes candidates) {
+        return sides[p].evaluate (candidates, inputs[p] - sides[p].applyCurve (candidates));
     });
-    for (int d = 0; d < 4; ++d)
-        if (finite[d])
-            v[d] = companders[d]->finishDecode (v[d], u[d]);
+    for (int p = 0; p < 2; ++p)
+    {
+        SlidingBandCompander& first = *companders[2 * p];
+        SlidingBandCompander& second = *companders[2 * p + 1];
+        if (finite[2 * p] && finite[2 * p + 1])
+        {
+            const Lanes y = finishDecodeTwo (first, second, sides[p], inputs[p], Lanes (u[2 * p], u[2 * p + 1]));
+            v[2 * p] = y.first();
+            v[2 * p + 1] = y.second();
+            continue;
+        }
+        if (finite[2 * p])
+            v[2 * p] = first.finishDecode (v[2 * p], u[2 * p]);
+        if (finite[2 * p + 1])
+            v[2 * p + 1] = second.finishDecode (v[2 * p + 1], u[2 * p + 1]);
+    }
 }
 
 } // namespace oxa

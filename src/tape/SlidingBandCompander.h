@@ -24,6 +24,29 @@ public:
     // evaluatePair with the candidates in lanes: the same results bit for bit.
     Lanes evaluateInLanes (Lanes u, Lanes i) const noexcept;
 
+    // The sidechains of two decks evaluated side by side, one a lane: what evaluateInLanes
+    // computes for one of them, bit for bit, for a candidate of each.
+    class TwoInLanes
+    {
+    public:
+        TwoInLanes (const SlidingBandSidechain& first, const SlidingBandSidechain& second) noexcept;
+        Lanes evaluate (Lanes u, Lanes i) const noexcept;
+        Lanes applyCurve (Lanes x) const noexcept { return curve.apply (x); }
+        // evaluate() and the curve as the two sidechains' own evaluate() and apply() run
+        // them: each keeps its lane's candidate for commit().
+        Lanes evaluateInto (SlidingBandSidechain& first, SlidingBandSidechain& second, Lanes u,
+                            Lanes i) const noexcept;
+        Lanes applyCurveInto (SlidingBandSidechain& first, SlidingBandSidechain& second, Lanes x) const noexcept
+        {
+            return EnvelopeCurve::applyTwo (first.curve, second.curve, curve, x);
+        }
+
+    private:
+        Lanes fixedC0, fixedD0, fixedHistory, i1, o1;
+        EnvelopeCurveTerms<Lanes> level, curve;
+        double sampleRate;
+    };
+
     // The curve that turns the sidechain into what is added to the signal.
     EnvelopeCurve& getCurve() noexcept { return curve; }
 
@@ -73,6 +96,11 @@ private:
     // What follows the solve: the sidechain takes the solution and the sample is made.
     double finishEncode (double x, double u) noexcept;
     double finishDecode (double v, double u) noexcept;
+    // The same for the decks 2p and 2p + 1 of four in lanes (both inputs finite).
+    static Lanes finishEncodeTwo (SlidingBandCompander& first, SlidingBandCompander& second,
+                                  const SlidingBandSidechain::TwoInLanes& sides, Lanes x, Lanes u) noexcept;
+    static Lanes finishDecodeTwo (SlidingBandCompander& first, SlidingBandCompander& second,
+                                  const SlidingBandSidechain::TwoInLanes& sides, Lanes v, Lanes u) noexcept;
     template <bool InLanes>
     double encodeWith (double x) noexcept;
     template <bool InLanes>

@@ -3,10 +3,10 @@
 namespace oxa
 {
 
-void TapeChannel::prepare(double sampleRate)
+void TapeChannel::prepare(double sampleRate, TapeStorage storage)
 {
     for (TapeDeck& deck : decks)
-        deck.prepare(sampleRate);
+        deck.prepare(sampleRate, storage);
 }
 
 TapeChannel TapeChannel::copyWithoutTape()

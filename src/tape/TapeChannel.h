@@ -18,7 +18,7 @@ struct TapeChannel
     bool phaseInvert = false;
     std::int32_t flangeMode = lfoMode;
 
-    void prepare(double sampleRate);
+    void prepare(double sampleRate, TapeStorage storage = TapeStorage::allocated);
     void reset() noexcept;
     // Settings and state without the decks' tape; see TapeDeck::copyWithoutTape.
     TapeChannel copyWithoutTape();

@@ -14,7 +14,7 @@ void blank(std::vector<double>& ring, std::uint64_t length)
 }
 } // namespace
 
-void TapeDeck::prepare(double newSampleRate)
+void TapeDeck::prepare(double newSampleRate, TapeStorage storage)
 {
     recordHead.prepare(newSampleRate);
     for (TapeHead& head : heads)
@@ -29,7 +29,7 @@ void TapeDeck::prepare(double newSampleRate)
     updateCompensation();
 
     // Two seconds of tape.
-    ringLength = static_cast<std::uint64_t>(2.0 * newSampleRate);
+    ringLength = storage == TapeStorage::allocated ? static_cast<std::uint64_t>(2.0 * newSampleRate) : 0;
     blank(inputRing, ringLength);
     blank(outputRing, ringLength);
     blank(spareRing, ringLength);

@@ -34,6 +34,13 @@ struct OutgoingRecordPath
     double makeup = 1.0;
 };
 
+// Whether a deck holds tape: a deck that only mirrors settings and never renders needs none.
+enum class TapeStorage
+{
+    allocated,
+    none
+};
+
 struct TapeDeck
 {
     static constexpr int forwardHead = 0;
@@ -101,8 +108,9 @@ struct TapeDeck
 
     TapeDeck() noexcept { heads[feedbackHeadIndex].setDelay(0.016); }
 
-    // Allocates the two-second tape; not for the audio thread.
-    void prepare(double newSampleRate);
+    // Allocates the two-second tape (unless storage says none); not for the audio thread.
+    // A deck without tape takes its settings like any other but must never render.
+    void prepare(double newSampleRate, TapeStorage storage = TapeStorage::allocated);
     // The deck's settings and state without its tape (the rings come back empty): a new
     // channel takes the settings over and allocates tape of its own.
     TapeDeck copyWithoutTape();

@@ -186,7 +186,7 @@ void TapeEffectState::prepare(double newSampleRate, std::uint32_t maxBlockSize, 
     channels.resize(std::min<std::size_t>(channels.size(), channelCount));
     dryDelays.clear();
     for (TapeChannel& channel : channels)
-        channel.prepare(newSampleRate);
+        channel.prepare(newSampleRate, tapeStorage);
     setChannelCount(channelCount);
 }
 
@@ -199,7 +199,7 @@ void TapeEffectState::setChannelCount(std::uint32_t channelCount)
     for (std::size_t c = before; c < channelCount; ++c)
     {
         channels.push_back(c == 0 ? TapeChannel() : channels.front().copyWithoutTape());
-        channels.back().prepare(sampleRate);
+        channels.back().prepare(sampleRate, tapeStorage);
     }
     const std::size_t lines = dryDelays.size();
     dryDelays.resize(channelCount);
@@ -304,7 +304,7 @@ float TapeEffectState::render(float* const* channelData, std::uint32_t channelCo
     }
 
     const std::uint32_t active = std::min<std::uint32_t>(channelCount, static_cast<std::uint32_t>(channels.size()));
-    if (active == 0 || n == 0 || maxBlock == 0)
+    if (active == 0 || n == 0 || maxBlock == 0 || tapeStorage == TapeStorage::none)
         return channels.empty() ? 0.0f : static_cast<float>(channels[0].decks[1].flangePhase * 2.0 - 1.0);
 
     startGlides();

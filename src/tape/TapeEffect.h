@@ -77,6 +77,8 @@ struct TapeEffectState
     double sampleRate = 0.0;
     SolverKernel kernel = SolverKernel::reference; // prepare picks the best this machine has
     std::uint32_t maxBlock = 0;
+    // A state that only mirrors settings holds no tape and renders nothing.
+    TapeStorage tapeStorage = TapeStorage::allocated;
     SeedSequence seeds;
     // The gains the block applies, gliding towards mix * outputGain * outputPad and
     // 1 - mix; only the render moves them.

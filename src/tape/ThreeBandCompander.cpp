@@ -83,6 +83,18 @@ void ThreeBandSidechain::clear() noexcept
     }
 }
 
+ThreeBandSidechain::TwoInLanes::TwoInLanes (const ThreeBandSidechain& first,
+                                            const ThreeBandSidechain& second) noexcept
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        const ThreeBandSidechain::Band& a = first.bands[i];
+        const ThreeBandSidechain::Band& b = second.bands[i];
+        bands[i] = {Lanes (a.b0, b.b0), Lanes (a.gain, b.gain), Lanes (a.history, b.history),
+                    EnvelopeCurve::gather (a.curve, b.curve)};
+    }
+}
+
 void ThreeBandCompander::prepare (double sampleRate) noexcept
 {
     if (! (std::isfinite (sampleRate) && sampleRate > 0.0))
@@ -161,32 +173,58 @@ double ThreeBandCompander::decodeWith (double v) noexcept
 
 void ThreeBandCompander::decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept
 {
-    // Each decoder steps exactly as decode() steps it; the four take their steps in turn
-    // within one loop, so that the processor works on several at once.
-    double y[4];
-    bool solving[4];
-    for (int d = 0; d < 4; ++d)
-    {
-        solving[d] = std::isfinite (v[d]);
-        y[d] = companders[d]->decoderSolution;
-    }
+    // Two decoders a register: every lane steps exactly as decode() steps its decoder
+    // alone, and keeps its solution once converged.
+    const ThreeBandSidechain::TwoInLanes sides[] = {{companders[0]->decoder, companders[1]->decoder},
+                                                    {companders[2]->decoder, companders[3]->decoder}};
     bool finite[4];
-    std::copy (solving, solving + 4, finite);
+    for (int d = 0; d < 4; ++d)
+        finite[d] = std::isfinite (v[d]);
+    Lanes target[2], y[2];
+    LaneMask running[2];
+    for (int p = 0; p < 2; ++p)
+    {
+        target[p] = Lanes (v[2 * p], v[2 * p + 1]);
+        y[p] = Lanes (companders[2 * p]->decoderSolution, companders[2 * p + 1]->decoderSolution);
+        running[p] = LaneMask::of (finite[2 * p], finite[2 * p + 1]);
+    }
     for (int i = 0; i < decoderIterations; ++i)
     {
-        bool any = false;
-        for (int d = 0; d < 4; ++d)
-        {
-            if (solving[d])
-                solving[d] = ! companders[d]->decoderStep<true> (v[d], y[d]);
-            any = any || solving[d];
-        }
-        if (! any)
+        if (! (running[0].any() || running[1].any()))
             break;
+        for (int p = 0; p < 2; ++p)
+        {
+            if (! running[p].any())
+                continue;
+            const Lanes at = sides[p].forward (y[p]);
+            const Lanes beside = sides[p].forward (y[p] + step);
+            const Lanes error = target[p] - at;
+            const Lanes correction = error / ((target[p] - beside - error) * 1e6 + 1e-16);
+            y[p] = running[p].select (y[p] - correction, y[p]);
+            running[p] = running[p] && abs (correction) > Lanes (step);
+        }
     }
-    for (int d = 0; d < 4; ++d)
-        if (finite[d])
-            v[d] = companders[d]->finishDecode (y[d]);
+    for (int p = 0; p < 2; ++p)
+    {
+        ThreeBandCompander& first = *companders[2 * p];
+        ThreeBandCompander& second = *companders[2 * p + 1];
+        if (finite[2 * p] && finite[2 * p + 1])
+        {
+            // finishDecode() for both lanes at once.
+            first.decoderSolution = y[p].first();
+            second.decoderSolution = y[p].second();
+            sides[p].forwardInto (first.decoder, second.decoder, y[p]);
+            first.decoder.commit();
+            second.decoder.commit();
+            v[2 * p] = y[p].first();
+            v[2 * p + 1] = y[p].second();
+            continue;
+        }
+        if (finite[2 * p])
+            v[2 * p] = first.finishDecode (y[p].first());
+        if (finite[2 * p + 1])
+            v[2 * p + 1] = second.finishDecode (y[p].second());
+    }
 }
 
 } // namespace oxa

@@ -67,6 +67,49 @@ public:
 
     double getBandHistory (int band) const noexcept { return bands[band].y1; }
 
+    // The sidechains of two decks side by side, one a lane: what forwardInLanes computes
+    // for one of them, bit for bit, for a candidate of each.
+    class TwoInLanes
+    {
+    public:
+        TwoInLanes (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
+        Lanes forward (Lanes x) const noexcept
+        {
+            Lanes sum = x;
+            for (const Band& band : bands)
+                sum = sum + band.curve.apply (band.b0 * (x * band.gain) + band.history);
+            return sum;
+        }
+        // forward() as the two sidechains' own forward() runs it: each keeps its lane's
+        // candidate for commit().
+        Lanes forwardInto (ThreeBandSidechain& first, ThreeBandSidechain& second, Lanes x) const noexcept
+        {
+            Lanes sum = x;
+            for (int i = 0; i < 3; ++i)
+            {
+                const Band& band = bands[i];
+                ThreeBandSidechain::Band& a = first.bands[i];
+                ThreeBandSidechain::Band& b = second.bands[i];
+                const Lanes input = x * band.gain;
+                const Lanes output = band.b0 * input + band.history;
+                a.input = input.first();
+                b.input = input.second();
+                a.output = output.first();
+                b.output = output.second();
+                sum = sum + EnvelopeCurve::applyTwo (a.curve, b.curve, band.curve, output);
+            }
+            return sum;
+        }
+
+    private:
+        struct Band
+        {
+            Lanes b0, gain, history;
+            EnvelopeCurveTerms<Lanes> curve;
+        };
+        Band bands[3];
+    };
+
 private:
     struct Band
     {

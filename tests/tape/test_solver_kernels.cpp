@@ -3,6 +3,8 @@
 // project sounds the same everywhere.
 #include "tape/Decibels.h"
 #include "tape/EnvelopeCurve.h"
+#include "tape/SlidingBandCompander.h"
+#include "tape/ThreeBandCompander.h"
 #include "tape/TapeEffect.h"
 
 #include <gtest/gtest.h>
@@ -158,6 +160,99 @@ TEST(SolverKernels, CurveInLanesKeepsTheEdgesOfEachSegmentAndOddValues)
                 EXPECT_EQ(std::memcmp(&got[lane], &want[lane], sizeof(double)), 0)
                     << "x " << x << ", y " << y << ", lane " << lane;
         }
+}
+
+TEST(SolverKernels, TwoCurvesGatheredInLanesEachGiveTheirOwnResult)
+{
+    // The decks of a stereo pair solve in lanes with curves of different charge (and,
+    // for the bands, of different shape): no lane may take a term of the other.
+    EnvelopeCurve first, second;
+    first.setCurve(-54.9, 0.7);
+    second.setCurve(-46.9, 0.3);
+    first.setEnvelope(5000000.0, 1e-9, sampleRate);
+    second.setEnvelope(2061296.98, 1e-9, sampleRate);
+    for (double charge : {0.003, -0.02})
+    {
+        first.apply(charge);
+        first.commit();
+        second.apply(-7.0 * charge);
+        second.commit();
+        const EnvelopeCurveTerms<Lanes> both = EnvelopeCurve::gather(first, second);
+        for (double x : {0.0, 1e-4, -0.01, 0.3, 5.0})
+        {
+            const double y = -0.5 * x + 1e-3;
+            const Lanes curved = both.apply(Lanes(x, y));
+            const Lanes level = both.levelFor(Lanes(x, y));
+            double expectedX, unusedY, unusedX, expectedY;
+            first.applyPair(x, y, expectedX, unusedY);
+            second.applyPair(x, y, unusedX, expectedY);
+            EXPECT_EQ(curved.first(), expectedX) << x;
+            EXPECT_EQ(curved.second(), expectedY) << y;
+            EXPECT_EQ(level.first(), first.levelFor(x));
+            EXPECT_EQ(level.second(), second.levelFor(y));
+        }
+    }
+}
+
+TEST(SolverKernels, FourDecksInLanesStepEachCompanderAsAloneEvenWhenOneInputIsBroken)
+{
+    // Four decks with different signals (so their solvers converge after different
+    // steps); now and then one deck gets a non-finite sample, which must pass through
+    // and leave that deck alone while its lane neighbour solves on.
+    struct Case
+    {
+        const char* name;
+        void (*four)(SlidingBandCompander*, ThreeBandCompander*, double*);
+        double (*one)(SlidingBandCompander&, ThreeBandCompander&, double);
+    };
+    const Case cases[] = {
+        {"sliding-band encoder",
+         [](SlidingBandCompander* s, ThreeBandCompander*, double* h) {
+             SlidingBandCompander* const all[] = {&s[0], &s[1], &s[2], &s[3]};
+             SlidingBandCompander::encodeFourInLanes(all, h);
+         },
+         [](SlidingBandCompander& s, ThreeBandCompander&, double h) { return s.encode(h); }},
+        {"sliding-band decoder",
+         [](SlidingBandCompander* s, ThreeBandCompander*, double* h) {
+             SlidingBandCompander* const all[] = {&s[0], &s[1], &s[2], &s[3]};
+             SlidingBandCompander::decodeFourInLanes(all, h);
+         },
+         [](SlidingBandCompander& s, ThreeBandCompander&, double h) { return s.decode(h); }},
+        {"three-band decoder",
+         [](SlidingBandCompander*, ThreeBandCompander* t, double* h) {
+             ThreeBandCompander* const all[] = {&t[0], &t[1], &t[2], &t[3]};
+             ThreeBandCompander::decodeFourInLanes(all, h);
+         },
+         [](SlidingBandCompander&, ThreeBandCompander& t, double h) { return t.decode(h); }},
+    };
+    const std::vector<float> signal = loudSignal(4800, 11);
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        SlidingBandCompander slidingFour[4], slidingAlone[4];
+        ThreeBandCompander threeFour[4], threeAlone[4];
+        for (int d = 0; d < 4; ++d)
+        {
+            for (auto* s : {&slidingFour[d], &slidingAlone[d]})
+                s->prepare(sampleRate);
+            for (auto* t : {&threeFour[d], &threeAlone[d]})
+                t->prepare(sampleRate);
+        }
+        for (std::size_t n = 0; n < signal.size(); ++n)
+        {
+            double h[4], expected[4];
+            for (int d = 0; d < 4; ++d)
+            {
+                h[d] = 100.0 * signal[(n + 997 * d) % signal.size()] * (1.0 + 0.5 * d);
+                if (n % 701 == 350 && d == static_cast<int>(n % 4))
+                    h[d] = (n % 2) != 0 ? std::nan("") : INFINITY;
+                expected[d] = c.one(slidingAlone[d], threeAlone[d], h[d]);
+            }
+            c.four(slidingFour, threeFour, h);
+            for (int d = 0; d < 4; ++d)
+                ASSERT_EQ(std::memcmp(&h[d], &expected[d], sizeof(double)), 0) << "sample " << n << ", deck " << d;
+        }
+    }
 }
 
 } // namespace oxa

@@ -122,6 +122,33 @@ TEST(ProcessorRender, LoadedGainsJumpOnlyWhileTheHostStandsStill)
         }
 }
 
+TEST(ProcessorRender, OnlyTheRenderingStateHoldsTapeAndTheMirrorFollowsTheSetters)
+{
+    EngineRig rig(48000.0, 512);
+    rig.processor->setFloatParameter(FluxDeckProcessor::ids().feedback, 0.5f);
+    rig.processor->setIntParameter(FluxDeckProcessor::ids().noiseReductionDecoder, 2);
+    auto& main = *static_cast<FluxDeckProcessor::State*>(rig.processor->mainState());
+    auto& mirror = *static_cast<FluxDeckProcessor::State*>(rig.processor->secondState());
+    ASSERT_EQ(main.channels.size(), 2u);
+    ASSERT_EQ(mirror.channels.size(), main.channels.size());
+    for (std::size_t c = 0; c < main.channels.size(); ++c)
+        for (int d = 0; d < 2; ++d)
+        {
+            const TapeDeck& rendering = main.channels[c].decks[d];
+            const TapeDeck& mirrored = mirror.channels[c].decks[d];
+            EXPECT_EQ(rendering.inputRing.size(), 96000u);
+            EXPECT_TRUE(mirrored.inputRing.empty() && mirrored.outputRing.empty() && mirrored.spareRing.empty()
+                        && mirrored.speedHistory.empty());
+            EXPECT_EQ(mirrored.feedback, rendering.feedback);
+            EXPECT_EQ(mirrored.decoderType, 2);
+        }
+    // A render, and a new sample rate afterwards, leave the mirror without tape.
+    rig.render(512);
+    rig.engine->prepare(44100.0, 512);
+    EXPECT_TRUE(mirror.channels[0].decks[0].inputRing.empty());
+    EXPECT_EQ(main.channels[0].decks[0].inputRing.size(), 88200u);
+}
+
 TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLags)
 {
     SignalMonitoringFIFO ring;
