@@ -249,8 +249,9 @@ private:
     void tick() noexcept
     {
         const std::uint64_t tickIndex = s >> 5;
-        const double speed = SecondDeck ? deck.flangeSpeed() : deck.speed;
+        const double speed = SecondDeck ? deck.flangeSpeed() : deck.tickSpeed();
         deck.transport.tick(tickIndex, 0.0, speed, history, historyLength);
+        deck.advanceSpeedGlide();
         deck.heads[TapeDeck::feedbackHeadIndex].tick(tickIndex, history, historyLength);
         deck.heads[TapeDeck::forwardHead].tick(tickIndex, history, historyLength);
         cacheHeadDelays();

@@ -73,6 +73,7 @@ void TapeDeck::reset() noexcept
         std::fill(speedHistory.begin(), speedHistory.end(), 0.0);
     }
     sampleCounter = 0;
+    speedGlideTicks = speedGlidePosition = 0; // the heads start at their lengths
     transport.restart();
     // A replay starts the sweep where the last one started and at full level.
     lfoPhaseAccumulator = 0.0f;
@@ -147,9 +148,17 @@ void TapeDeck::recalculateMakeup() noexcept
 
 void TapeDeck::setTapeSpeed(double newSpeed) noexcept
 {
+    const double from = tickSpeed();
     speed = newSpeed;
     for (TapeHead& head : heads)
         head.setSpeed(newSpeed);
+    // The heads' lengths glide when the deck runs, and jump on a fresh deck; the tape's
+    // speed does the same, or a head would count new tape against an old length: a faster
+    // tape would bring its read position up to the present within a single tick.
+    const LinearRamp& length = heads[forwardHead].lengthRamp;
+    speedGlideFrom = from;
+    speedGlideTicks = length.isMoving() ? length.length : 0;
+    speedGlidePosition = 0;
     playbackFilters.setSpeed(newSpeed);
     refreshCompensationIfOn();
 }
@@ -237,9 +246,19 @@ double TapeDeck::flangeTargetDelay() const noexcept
     return target;
 }
 
+double TapeDeck::tickSpeed() const noexcept
+{
+    if (speedGlidePosition >= speedGlideTicks)
+        return speed;
+    const double share = static_cast<double>(speedGlidePosition) / static_cast<double>(speedGlideTicks);
+    return speedGlideFrom + (speed - speedGlideFrom) * share;
+}
+
 double TapeDeck::flangeSpeed() const noexcept
 {
-    return heads[forwardHead].tapeLength / flangeTargetDelay();
+    const TapeHead& forward = heads[forwardHead];
+    const double length = speedGlidePosition >= speedGlideTicks ? forward.tapeLength : tickSpeed() * forward.delay;
+    return length / flangeTargetDelay();
 }
 
 } // namespace oxa

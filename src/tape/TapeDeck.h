@@ -73,6 +73,12 @@ struct TapeDeck
     std::uint64_t ringLength = 0;
     std::vector<double> speedHistory; // one tape speed per 32-sample tick
     double speed = 1.0;               // nominal tape speed
+    // A speed change glides the tape's speed in step with the heads' lengths, tick by tick
+    // over the same stretch, so the tape they count and the lengths they count it against
+    // change together and every delay holds through the change. Steady: exactly speed.
+    double speedGlideFrom = 1.0;
+    std::int32_t speedGlideTicks = 0;
+    std::int32_t speedGlidePosition = 0;
     double flangeDepth = 0.005;       // seconds; read on the second deck only
     double flangePhase = 0.0;         // 0..1
     double fade = 0.01;
@@ -154,6 +160,14 @@ struct TapeDeck
     void reseedTransport(std::uint32_t r1, std::uint32_t r2) noexcept { transport.reseed(r1, r2); }
     void restoreTransportSeeds() noexcept { transport.restoreSeeds(); }
 
+    // Tape speed of the first deck at the current tick: speed, or on its way there.
+    double tickSpeed() const noexcept;
+    // Moves the speed glide on by one tick; the render calls it after each tick.
+    void advanceSpeedGlide() noexcept
+    {
+        if (speedGlidePosition < speedGlideTicks)
+            ++speedGlidePosition;
+    }
     // Tape speed of the second deck for the current flange position: the
     // forward head then sees its tape length after exactly the target delay.
     double flangeSpeed() const noexcept;

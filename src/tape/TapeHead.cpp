@@ -63,9 +63,10 @@ void TapeHead::tick(std::uint64_t tick, const double* history, std::uint64_t his
     double fraction = 0.0;
     if (distance > target)
     {
-        // Too much tape: walk forward. The bound by m keeps a broken history
-        // from looping for ever once the tick number has left the ring.
-        for (std::uint64_t steps = 0; readTick != tick && steps < m; ++steps)
+        // Too much tape: walk forward, never past the newest tick: a head shorter than
+        // one tick of tape would otherwise come out behind the oldest. The bound by m
+        // keeps a broken history from looping for ever.
+        for (std::uint64_t steps = 0; readTick != newest && steps < m; ++steps)
         {
             distance -= history[readTick];
             fraction = (target - distance) / (history[readTick] + 1e-16);
@@ -79,9 +80,9 @@ void TapeHead::tick(std::uint64_t tick, const double* history, std::uint64_t his
     currentDelay = static_cast<double>((m - readTick + newest) % m) + fraction;
     if (!(currentDelay >= 0.0))
     {
-        // The walk reached the present with tape to spare: the history was rewritten
-        // under this head (a prepare or a state load), so its running distance no
-        // longer adds up. Read the newest tape and count afresh from there.
+        // The walk reached the present with tape to spare: the newest tick alone holds
+        // more tape than this head's length, or the history no longer adds up to the
+        // running distance. Read the newest tape and count afresh from there.
         currentDelay = 0.0;
         readTick = newest;
         distance = history[newest];

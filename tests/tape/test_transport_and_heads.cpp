@@ -221,6 +221,58 @@ TEST(TapeHead, HistoryRewrittenUnderTheHeadStillReadsInsideTheTape)
     EXPECT_EQ(TapeHead::readAt(ring.data(), ring.size(), 5, -40.0), 0.25);
 }
 
+TEST(TapeHead, SpeedChangeKeepsEveryHeadBehindThePresent)
+{
+    // Slowest tape to fastest at the shortest delays: the heads' lengths glide while the
+    // tape speeds up. A tape that jumped to the new speed would carry more than a short
+    // head's length within one tick and bring its read position up to the present.
+    Rig rig(48000.0);
+    rig.state.setLowLatency(true, 0.009);
+    rig.state.setFeedbackDelay(0.0025);
+    rig.state.setTapeSpeed(0.1);
+    for (int i = 0; i < 200; ++i)
+        rig.render(32);
+    rig.state.setTapeSpeed(1.995);
+    const TapeChannel& channel = rig.state.channels[0];
+    struct Case
+    {
+        const TapeHead& head;
+        double lowest, highest; // seconds
+    };
+    const Case cases[] = {
+        {channel.decks[0].heads[TapeDeck::forwardHead], 0.01, 0.01},
+        {channel.decks[0].heads[TapeDeck::feedbackHeadIndex], 0.0025, 0.0025},
+        {channel.decks[1].heads[TapeDeck::forwardHead], 0.001, 0.019},
+    };
+    for (int i = 0; i < 1500; ++i)
+    {
+        rig.render(32);
+        for (int c = 0; c < 3; ++c)
+        {
+            const double seconds = cases[c].head.delayInSamples(0) / 48000.0;
+            ASSERT_GT(seconds, 0.8 * cases[c].lowest) << "head " << c << ", tick " << i;
+            ASSERT_LT(seconds, 1.3 * cases[c].highest) << "head " << c << ", tick " << i;
+        }
+    }
+}
+
+TEST(TapeHead, HeadShorterThanOneTickStaysAtThePresentPastTheFirstLap)
+{
+    // Three quarters of a tick of tape: the walk forward stops at the newest tick on
+    // every lap of the history, not only before the tick number first wraps round.
+    TapeHead head;
+    head.prepare(1500.0);
+    head.setDelay(0.0005);
+    std::vector<double> history(3000, 0.0);
+    for (std::uint64_t tick = 0; tick < 7000; ++tick)
+    {
+        history[tick % history.size()] = 1.0;
+        head.tick(tick, history.data(), history.size());
+        ASSERT_EQ(head.currentDelay, 0.0) << tick;
+        ASSERT_EQ(head.distance, 1.0) << tick;
+    }
+}
+
 TEST(NoiseSync, OffRunsIdenticalModulationOnDrifts)
 {
     for (bool unsync : {false, true})
