@@ -316,36 +316,21 @@ void printStages(const Programme& programme, const Options& options)
         shelf.prepare(sampleRate);
         row("pre-emphasis encoder + decoder", [&](double v) { return shelf.decode(shelf.encode(v)); });
     }
-    {
-        ThreeBandCompander encoder;
-        encoder.prepare(sampleRate);
-        row("three-band encoder", [&](double v) { return encoder.encode(v); });
-    }
-    {
-        ThreeBandCompander compander;
+    // Each row starts from a freshly prepared compander, so no row inherits another's state.
+    auto companderRow = [&](const char* name, auto compander, auto step) {
         compander.prepare(sampleRate);
-        row("three-band encoder + decoder", [&](double v) { return compander.decode(compander.encode(v)); });
-    }
-    {
-        ThreeBandCompander compander;
-        compander.prepare(sampleRate);
-        row("  the same in lanes", [&](double v) { return compander.decodeInLanes(compander.encode(v)); });
-    }
-    {
-        SlidingBandCompander encoder;
-        encoder.prepare(sampleRate);
-        row("sliding-band encoder", [&](double v) { return encoder.encode(v); });
-    }
-    {
-        SlidingBandCompander compander;
-        compander.prepare(sampleRate);
-        row("sliding-band encoder + decoder", [&](double v) { return compander.decode(compander.encode(v)); });
-    }
-    {
-        SlidingBandCompander compander;
-        compander.prepare(sampleRate);
-        row("  the same in lanes", [&](double v) { return compander.decodeInLanes(compander.encodeInLanes(v)); });
-    }
+        row(name, [&](double v) { return step(compander, v); });
+    };
+    companderRow("three-band encoder", ThreeBandCompander{}, [](auto& c, double v) { return c.encode(v); });
+    companderRow("three-band encoder + decoder", ThreeBandCompander{},
+                 [](auto& c, double v) { return c.decode(c.encode(v)); });
+    companderRow("  the same in lanes", ThreeBandCompander{},
+                 [](auto& c, double v) { return c.decodeInLanes(c.encode(v)); });
+    companderRow("sliding-band encoder", SlidingBandCompander{}, [](auto& c, double v) { return c.encode(v); });
+    companderRow("sliding-band encoder + decoder", SlidingBandCompander{},
+                 [](auto& c, double v) { return c.decode(c.encode(v)); });
+    companderRow("  the same in lanes", SlidingBandCompander{},
+                 [](auto& c, double v) { return c.decodeInLanes(c.encodeInLanes(v)); });
 }
 
 // ---- memory ----
