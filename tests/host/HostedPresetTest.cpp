@@ -53,6 +53,16 @@ Rendering render(const juce::String& entry, PresetKind kind, const juce::AudioBu
     return result;
 }
 
+// Every factory preset of one kind, each in a fresh instance rendering the same demo.
+std::vector<Rendering> renderBank(PresetKind kind)
+{
+    const auto demo = makeDemoSignal(kRate, 6.0);
+    std::vector<Rendering> bank;
+    for (const auto& entry : listFactoryPresets(archive(), kind))
+        bank.push_back(render(entry, kind, demo));
+    return bank;
+}
+
 void checkBank(const std::vector<Rendering>& bank)
 {
     std::vector<double> levels;
@@ -72,12 +82,8 @@ void checkBank(const std::vector<Rendering>& bank)
 
 TEST(HostedPresets, FactoryPresetsRenderCleanLevelMatchedAndDistinct)
 {
-    const auto entries = listFactoryPresets(archive(), PresetKind::full);
-    ASSERT_EQ(entries.size(), 36);
-    const auto demo = makeDemoSignal(kRate, 6.0);
-    std::vector<Rendering> all;
-    for (const auto& entry : entries)
-        all.push_back(render(entry, PresetKind::full, demo));
+    const auto all = renderBank(PresetKind::full);
+    ASSERT_EQ(all.size(), 36);
     checkBank(all);
 
     for (size_t a = 0; a < all.size(); ++a)
@@ -96,12 +102,8 @@ TEST(HostedPresets, FactoryPresetsRenderCleanLevelMatchedAndDistinct)
 
 TEST(HostedPresets, TapePresetsRenderCleanAndLevelMatched)
 {
-    const auto entries = listFactoryPresets(archive(), PresetKind::tape);
-    ASSERT_EQ(entries.size(), 18);
-    const auto demo = makeDemoSignal(kRate, 6.0);
-    std::vector<Rendering> all;
-    for (const auto& entry : entries)
-        all.push_back(render(entry, PresetKind::tape, demo));
+    const auto all = renderBank(PresetKind::tape);
+    ASSERT_EQ(all.size(), 18);
     checkBank(all);
 }
 

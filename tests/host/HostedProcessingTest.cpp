@@ -85,31 +85,22 @@ TEST(HostedProcessing, StereoChannelsStayApart)
 
 TEST(HostedProcessing, ExtremeAndInvalidParameterValuesKeepTheOutputFinite)
 {
-    for (auto extreme : { 0.0f, 1.0f })
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinity = std::numeric_limits<float>::infinity();
+    const std::pair<const char*, std::vector<float>> cases[] = {
+        { "every parameter at 0", { 0.0f } },
+        { "every parameter at 1", { 1.0f } },
+        { "after NaN and infinite parameter writes", { nan, infinity } },
+    };
+    for (const auto& [label, writes] : cases)
     {
-        auto plugin = loadBuiltPlugin(kRate, kBlock);
-        ASSERT_NE(plugin, nullptr);
-        OfflineRenderer renderer(*plugin, kBlock);
-        ASSERT_EQ(renderer.prepare(kRate, 2), "");
-
-        setAll(*plugin, extreme);
-        const auto output = renderer.render(makeNoise(2, (int) (0.5 * kRate)), plugin->getLatencySamples());
-        EXPECT_TRUE(allFinite(output)) << "every parameter at " << extreme;
+        HostedInstance hosted(kRate, kBlock);
+        ASSERT_NE(hosted.plugin, nullptr);
+        for (auto value : writes)
+            setAll(*hosted.plugin, value);
+        const auto output = hosted.renderer->render(makeNoise(2, (int) (0.5 * kRate)), hosted.plugin->getLatencySamples());
+        EXPECT_TRUE(allFinite(output)) << label;
     }
-
-    auto plugin = loadBuiltPlugin(kRate, kBlock);
-    ASSERT_NE(plugin, nullptr);
-    OfflineRenderer renderer(*plugin, kBlock);
-    ASSERT_EQ(renderer.prepare(kRate, 2), "");
-
-    for (auto* parameter : effectParameters(*plugin))
-    {
-        parameter->setValueNotifyingHost(std::numeric_limits<float>::quiet_NaN());
-        parameter->setValueNotifyingHost(std::numeric_limits<float>::infinity());
-    }
-
-    const auto output = renderer.render(makeNoise(2, (int) (0.3 * kRate)), plugin->getLatencySamples());
-    EXPECT_TRUE(allFinite(output)) << "after NaN and infinite parameter writes";
 }
 
 TEST(HostedProcessing, LowLatencyModeTellsTheHostItsShorterLatency)
