@@ -47,17 +47,6 @@ juce::AudioBuffer<float> renderNoise(juce::AudioPluginInstance& plugin)
     return renderer.render(makeNoise(2, (int) kRate), 0);
 }
 
-float largestDifference(const juce::AudioBuffer<float>& a, const juce::AudioBuffer<float>& b)
-{
-    EXPECT_EQ(a.getNumChannels(), b.getNumChannels());
-    EXPECT_EQ(a.getNumSamples(), b.getNumSamples());
-    float largest = 0.0f;
-    for (int channel = 0; channel < juce::jmin(a.getNumChannels(), b.getNumChannels()); ++channel)
-        for (int i = 0; i < juce::jmin(a.getNumSamples(), b.getNumSamples()); ++i)
-            largest = juce::jmax(largest, std::abs(a.getSample(channel, i) - b.getSample(channel, i)));
-    return largest;
-}
-
 /** Writes some parameters to a running instance by name, one after another as a user
     turns knobs, each arriving before the next: LV2 hosts list parameters by URI, not in
     the plug-in's order, and the plug-in's end state may depend on the order of writes. */

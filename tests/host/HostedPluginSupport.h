@@ -65,6 +65,18 @@ inline bool allFinite(const juce::AudioBuffer<float>& buffer)
     return true;
 }
 
+/** The largest sample-by-sample difference between two renderings of the same length. */
+inline float largestDifference(const juce::AudioBuffer<float>& a, const juce::AudioBuffer<float>& b)
+{
+    EXPECT_EQ(a.getNumChannels(), b.getNumChannels());
+    EXPECT_EQ(a.getNumSamples(), b.getNumSamples());
+    float largest = 0.0f;
+    for (int channel = 0; channel < juce::jmin(a.getNumChannels(), b.getNumChannels()); ++channel)
+        for (int i = 0; i < juce::jmin(a.getNumSamples(), b.getNumSamples()); ++i)
+            largest = juce::jmax(largest, std::abs(a.getSample(channel, i) - b.getSample(channel, i)));
+    return largest;
+}
+
 /** Lets parameter writes reach the plug-in's audio side and its message-thread follow-ups. */
 inline void settle(juce::AudioPluginInstance& plugin, OfflineRenderer& renderer)
 {

@@ -88,16 +88,8 @@ TEST(HostedPresets, FactoryPresetsRenderCleanLevelMatchedAndDistinct)
 
     for (size_t a = 0; a < all.size(); ++a)
         for (size_t b = a + 1; b < all.size(); ++b)
-        {
-            const auto& x = all[a].audio;
-            const auto& y = all[b].audio;
-            ASSERT_EQ(x.getNumSamples(), y.getNumSamples());
-            double difference = 0.0;
-            for (int c = 0; c < x.getNumChannels(); ++c)
-                for (int i = 0; i < x.getNumSamples(); ++i)
-                    difference = std::max(difference, (double) std::abs(x.getSample(c, i) - y.getSample(c, i)));
-            EXPECT_GT(difference, 1.0e-3) << all[a].name << " and " << all[b].name << " sound the same";
-        }
+            EXPECT_GT(largestDifference(all[a].audio, all[b].audio), 1.0e-3f)
+                << all[a].name << " and " << all[b].name << " sound the same";
 }
 
 TEST(HostedPresets, TapePresetsRenderCleanAndLevelMatched)
