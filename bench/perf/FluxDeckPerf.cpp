@@ -4,7 +4,7 @@
 // 64-sample blocks; then the cost of each deck stage on its own and the memory an
 // instance holds. A report, not a test: nothing here fails on a slow machine.
 //
-//   fluxdeck_perf [--seconds S] [--repeats N] [--only NAME]
+//   fluxdeck_perf [--seconds S] [--repeats N] [--only NAME] [--table-only]
 //
 // Each figure is the best of N runs over S seconds of audio (after a warm-up that fills
 // the tape and lets feedback build up), in processor time of the rendering thread, so a
@@ -50,6 +50,7 @@ struct Options
     double seconds = 8.0;
     int repeats = 3;
     std::string only; // run only the settings whose name holds this
+    bool tableOnly = false; // the main table alone: what a profiler should see
 };
 
 // ---- the settings measured ----
@@ -393,15 +394,21 @@ void printMemory(const Programme& programme)
                 static_cast<long long>(after) - static_cast<long long>(settled));
 }
 
-constexpr const char* usage = "usage: fluxdeck_perf [--seconds S] [--repeats N] [--only NAME]";
+constexpr const char* usage = "usage: fluxdeck_perf [--seconds S] [--repeats N] [--only NAME] [--table-only]";
 
-// Every option takes a value; anything else is a mistake worth stopping for, since a
+// Every option but --table-only takes a value; anything else is a mistake worth stopping for, since a
 // silently ignored option would leave a table taken with settings nobody asked for.
 bool parse(int argc, char** argv, Options& options)
 {
     for (int i = 1; i < argc; i += 2)
     {
         const char* name = argv[i];
+        if (std::strcmp(name, "--table-only") == 0)
+        {
+            options.tableOnly = true;
+            --i;
+            continue;
+        }
         if (i + 1 >= argc)
         {
             std::fprintf(stderr, "fluxdeck_perf: %s needs a value; %s\n", name, usage);
@@ -473,6 +480,8 @@ int main(int argc, char** argv)
         }
         std::printf("\n");
     }
+    if (options.tableOnly)
+        return 0;
     std::printf("\nDecks alone at 512, reference solvers against solvers in lanes:\n");
     for (const Setting& setting : settings())
     {

@@ -131,6 +131,13 @@ public:
     // beforeHead() up to the encoder: returns what goes into it.
     inline double beforeEncoder(float input, float* deviation) noexcept
     {
+        return tapeTanh(beforeSaturator(input, deviation)) * 100.0;
+    }
+
+    // beforeEncoder() up to the saturator: tape write, ticks, head reads. Returns the
+    // saturator's argument; what goes into the encoder is tapeTanh of it times 100.
+    inline double beforeSaturator(float input, float* deviation) noexcept
+    {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         if (inputGliding)
         {
@@ -171,9 +178,8 @@ public:
             outgoingValue = recordOutgoing(r);
         if (ramping)
             makeup = deck.makeupRamp.value();
-        const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
-        return saturated;
+        return r * driveGain * 0.01;
     }
 
     // Second half: decoder, playback response, makeup, tape out. Returns the
@@ -186,13 +192,22 @@ public:
     // afterHead() from what the decoder gave.
     inline float afterDecoder(double decoded) noexcept
     {
+        return afterPlayback(TapeCeiling::apply(deck.playbackFilters.process(beforePlayback(decoded))));
+    }
+
+    // afterDecoder() up to the playback filters: returns what goes into them.
+    inline double beforePlayback(double decoded) noexcept
+    {
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        double v = decoded / makeup;
-        if (fading)
-            v = fadeFromOutgoing(v);
-        v = TapeCeiling::apply(deck.playbackFilters.process(v));
+        const double v = decoded / makeup;
+        return fading ? fadeFromOutgoing(v) : v;
+    }
+
+    // afterDecoder() from what the playback filters and the ceiling gave: tape out.
+    inline float afterPlayback(double v) noexcept
+    {
         outRing[writeIndex] = v;
 
         if (ramping)
