@@ -77,6 +77,23 @@ void Demagnetisation::beginSegment (uint64_t sampleIndex, uint64_t segmentLength
     curve[0] = degradePrevious + q * (3.0 * d + 2.0 * t0) * t0 * t0;
 }
 
+uint64_t Demagnetisation::nextSegmentStart (uint64_t s, uint64_t segmentLength) noexcept
+{
+    // Samples come one by one, so the boundary found last time holds while the section
+    // and the segment length stay and s has not passed it or gone back more than a
+    // segment; anything else (a new section, a setter, a jump) finds it afresh.
+    const bool stale = boundarySection != sectionStart || boundaryStep != segmentLength || s > segmentBoundary
+                       || segmentBoundary - s >= segmentLength;
+    if (stale)
+    {
+        const uint64_t past = (s - sectionStart) % segmentLength;
+        segmentBoundary = past == 0 ? s : s + (segmentLength - past);
+        boundarySection = sectionStart;
+        boundaryStep = segmentLength;
+    }
+    return segmentBoundary;
+}
+
 double Demagnetisation::gainAt (uint64_t s) noexcept
 {
     const uint64_t segmentLength = segmentSamples;
@@ -89,8 +106,11 @@ double Demagnetisation::gainAt (uint64_t s) noexcept
     double v = 0.0;
     if (s >= sectionStart && s < sectionStart + sectionLength)
     {
-        if ((s - sectionStart) % segmentLength == 0)
+        if (s == nextSegmentStart (s, segmentLength))
+        {
             beginSegment (s, segmentLength);
+            segmentBoundary = s + segmentLength;
+        }
 
         const double t = static_cast<double> (s) * (1.0 / sampleRate);
         v = ((curve[3] * t + curve[2]) * t + curve[1]) * t + curve[0];

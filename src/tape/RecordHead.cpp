@@ -10,8 +10,10 @@ namespace oxa
 {
 namespace
 {
-// Above this argument tanhf rounds to exactly 1.
-constexpr float tanhfSaturation = 10.0f;
+// From this argument on tanhf gives exactly 1, so the gate skips the call: checked over
+// every float from here to 10 against the C library's tanhf, and the float just below
+// gives less than 1 (a test keeps watching both on the library the build links).
+constexpr float tanhfSaturation = 0x1.205968p+3f; // 9.0109138
 constexpr int maxPasses = 10;
 constexpr double tolerance = 1e-6;
 
@@ -116,6 +118,11 @@ double RecordHead::smallSignalGain(double frequency, double hardness, double res
     const double corner = resistance * smallSignalSlope(hardness);
     const double denominator = std::sqrt(omega * omega + corner * corner);
     return denominator > 0.0 ? omega / denominator : 1.0;
+}
+
+float RecordHead::gateSaturation() noexcept
+{
+    return tanhfSaturation;
 }
 
 float RecordHead::nextNoise() noexcept

@@ -3,6 +3,7 @@
 // project sounds the same everywhere.
 #include "tape/Decibels.h"
 #include "tape/EnvelopeCurve.h"
+#include "tape/RecordHead.h"
 #include "tape/SlidingBandCompander.h"
 #include "tape/ThreeBandCompander.h"
 #include "tape/TapeEffect.h"
@@ -137,6 +138,19 @@ TEST(SolverKernels, TwoInstancesWithTheSameSettingsSoundTheSame)
     TapeEffectState second = preparedState(TapeChannel::lfoMode, 3, 2);
     EXPECT_EQ(first.kernel, TapeEffectState::bestSolverKernel());
     EXPECT_TRUE(bitIdentical(render(first, 9600), render(second, 9600)));
+}
+
+TEST(SolverKernels, TheGateLeavesOutTanhfOnlyWhereItGivesExactlyOne)
+{
+    // The noise gate skips its tanhf from this opening on (up to 10, above which it
+    // always did): on the library this build links, every float there must give 1, and
+    // the float just below must not, or the threshold hides a real value.
+    const float from = RecordHead::gateSaturation();
+    EXPECT_LT(std::tanh(std::nextafter(from, 0.0f)), 1.0f);
+    std::uint32_t notOne = 0;
+    for (float x = from; x < 10.0f; x = std::nextafter(x, 11.0f))
+        notOne += std::tanh(x) != 1.0f ? 1u : 0u;
+    EXPECT_EQ(notOne, 0u);
 }
 
 TEST(SolverKernels, CurveInLanesKeepsTheEdgesOfEachSegmentAndOddValues)
