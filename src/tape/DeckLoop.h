@@ -201,9 +201,12 @@ public:
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        const double v = decoded / makeup;
-        return fading ? fadeFromOutgoing(v) : v;
+        return afterMakeup(decoded / makeup);
     }
+
+    // The gain beforePlayback() divides out, and what follows that division.
+    double makeupGain() const noexcept { return makeup; }
+    inline double afterMakeup(double v) noexcept { return fading ? fadeFromOutgoing(v) : v; }
 
     // afterDecoder() from what the playback filters and the ceiling gave: tape out.
     inline float afterPlayback(double v) noexcept

@@ -65,8 +65,9 @@ template <class First, class Second>
 inline void playPair(PlaybackChainsInLanes& chains, bool inLanes, First& first, Second& second, double& hFirst,
                      double& hSecond) noexcept
 {
-    const double vFirst = first.beforePlayback(hFirst);
-    const double vSecond = second.beforePlayback(hSecond);
+    const Lanes levelled = Lanes(hFirst, hSecond) / Lanes(first.makeupGain(), second.makeupGain());
+    const double vFirst = first.afterMakeup(levelled.first());
+    const double vSecond = second.afterMakeup(levelled.second());
     if (inLanes)
     {
         const Lanes played = applyTapeCeiling(chains.process(Lanes(vFirst, vSecond)));
