@@ -52,7 +52,13 @@ inline double decodeStage(Path& path, double h) noexcept
 template <int Type>
 inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
 {
-    if constexpr (Type == 3)
+    if constexpr (Type == 2)
+    {
+        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
+                                                  &decks[3]->threeBand};
+        ThreeBandCompander::encodeFourInLanes(companders, h);
+    }
+    else if constexpr (Type == 3)
     {
         SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
                                                     &decks[2]->slidingBand, &decks[3]->slidingBand};

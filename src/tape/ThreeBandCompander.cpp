@@ -120,6 +120,30 @@ double ThreeBandCompander::encode (double x) noexcept
     return y;
 }
 
+void ThreeBandCompander::encodeFourInLanes (ThreeBandCompander* const* companders, double* x) noexcept
+{
+    for (int p = 0; p < 2; ++p)
+    {
+        ThreeBandCompander& first = *companders[2 * p];
+        ThreeBandCompander& second = *companders[2 * p + 1];
+        double& xFirst = x[2 * p];
+        double& xSecond = x[2 * p + 1];
+        if (! (std::isfinite (xFirst) && std::isfinite (xSecond)))
+        {
+            // A non-finite sample passes and leaves its deck alone.
+            xFirst = first.encode (xFirst);
+            xSecond = second.encode (xSecond);
+            continue;
+        }
+        const ThreeBandSidechain::TwoInLanes sides (first.encoder, second.encoder);
+        const Lanes y = sides.forwardInto (first.encoder, second.encoder, Lanes (xFirst, xSecond));
+        first.encoder.commit();
+        second.encoder.commit();
+        xFirst = y.first();
+        xSecond = y.second();
+    }
+}
+
 double ThreeBandCompander::decode (double v) noexcept
 {
     return decodeWith<false> (v);

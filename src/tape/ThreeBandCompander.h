@@ -138,6 +138,8 @@ public:
     void clearDecoder() noexcept { decoder.clear(); }
 
     double encode (double x) noexcept;
+    // encode() for the encoders of four decks, x in and out, two decks a register.
+    static void encodeFourInLanes (ThreeBandCompander* const* companders, double* x) noexcept;
     double decode (double v) noexcept;
     // decode() with each step's two trial points in lanes: the same result bit for bit.
     double decodeInLanes (double v) noexcept;

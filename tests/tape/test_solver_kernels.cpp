@@ -232,6 +232,12 @@ TEST(SolverKernels, FourDecksInLanesStepEachCompanderAsAloneEvenWhenOneInputIsBr
              SlidingBandCompander::decodeFourInLanes(all, h);
          },
          [](SlidingBandCompander& s, ThreeBandCompander&, double h) { return s.decode(h); }},
+        {"three-band encoder",
+         [](SlidingBandCompander*, ThreeBandCompander* t, double* h) {
+             ThreeBandCompander* const all[] = {&t[0], &t[1], &t[2], &t[3]};
+             ThreeBandCompander::encodeFourInLanes(all, h);
+         },
+         [](SlidingBandCompander&, ThreeBandCompander& t, double h) { return t.encode(h); }},
         {"three-band decoder",
          [](SlidingBandCompander*, ThreeBandCompander* t, double* h) {
              ThreeBandCompander* const all[] = {&t[0], &t[1], &t[2], &t[3]};
