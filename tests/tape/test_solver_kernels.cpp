@@ -140,6 +140,42 @@ TEST(SolverKernels, TwoInstancesWithTheSameSettingsSoundTheSame)
     EXPECT_TRUE(bitIdentical(render(first, 9600), render(second, 9600)));
 }
 
+TEST(SolverKernels, FourRecordHeadsInLanesEachGiveWhatTheyGiveAloneEvenAfterABrokenSample)
+{
+    // Different hardness, resistance and noise per head, so their solves converge after
+    // different passes; now and then one head gets a non-finite sample, which must reset
+    // only that head's step, as process() does, while the others solve on.
+    RecordHead four[4], alone[4];
+    for (int d = 0; d < 4; ++d)
+        for (RecordHead* head : {&four[d], &alone[d]})
+        {
+            head->prepare(sampleRate);
+            head->restartNoise(7u + static_cast<std::uint32_t>(d), 99u);
+            head->a = 1.0 + 0.9 * d;
+            head->k = 100.0 * std::pow(10.0, 0.7 * d);
+            head->noiseLevel = d == 2 ? 0.0 : 0.01;
+        }
+    const std::vector<float> signal = loudSignal(4800, 5);
+    RecordHead* const heads[] = {&four[0], &four[1], &four[2], &four[3]};
+    for (std::size_t n = 0; n < signal.size(); ++n)
+    {
+        double h[4], expected[4];
+        for (int d = 0; d < 4; ++d)
+        {
+            h[d] = 3.0 * signal[(n + 1201 * d) % signal.size()];
+            if (n % 613 == 300 && d == static_cast<int>(n % 4))
+                h[d] = (n % 2) != 0 ? std::nan("") : -INFINITY;
+            expected[d] = alone[d].process(h[d]);
+        }
+        RecordHead::processFourInLanes(heads, h);
+        for (int d = 0; d < 4; ++d)
+        {
+            ASSERT_EQ(std::memcmp(&h[d], &expected[d], sizeof(double)), 0) << "sample " << n << ", head " << d;
+            ASSERT_EQ(four[d].step, alone[d].step) << "sample " << n << ", head " << d;
+        }
+    }
+}
+
 TEST(SolverKernels, TheGateLeavesOutTanhfOnlyWhereItGivesExactlyOne)
 {
     // The noise gate skips its tanhf from this opening on (up to 10, above which it
