@@ -26,13 +26,21 @@ public:
 
     double process (double x) noexcept
     {
-        const uint32_t first = (position + ringSize - delay) % ringSize;
-        const uint32_t second = (first + ringSize - 1) % ringSize;
+        const uint32_t first = olderTap (position, delay);
+        const uint32_t second = oldestTap (first);
         const double y = combine (g0, g1, g2, p1, p2, x, ring[first], ring[second], y1, y2);
         ring[position] = x;
-        position = (position + 1) % ringSize;
+        position = nextPosition (position);
         return y;
     }
+
+    // Ring arithmetic without a division: position < ringSize and 1 <= delay < ringSize.
+    static uint32_t olderTap (uint32_t position, uint32_t delay) noexcept
+    {
+        return position >= delay ? position - delay : position + ringSize - delay;
+    }
+    static uint32_t oldestTap (uint32_t older) noexcept { return older == 0 ? ringSize - 1 : older - 1; }
+    static uint32_t nextPosition (uint32_t position) noexcept { return position + 1 == ringSize ? 0 : position + 1; }
 
     // The comb and the integrator for a double or for lanes of several decks, in the same
     // operations; older and oldest are the ring's two taps. Moves the integrator's history on.

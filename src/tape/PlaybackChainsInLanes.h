@@ -43,20 +43,19 @@ private:
 
     Lanes azimuth(Lanes x) noexcept
     {
-        constexpr std::uint32_t size = AzimuthFilter::ringSize;
         // Each deck keeps its own ring and position; only the arithmetic is shared.
         std::uint32_t older[2], oldest[2];
         for (int lane = 0; lane < 2; ++lane)
         {
-            older[lane] = (positions[lane] + size - delays[lane]) % size;
-            oldest[lane] = (older[lane] + size - 1) % size;
+            older[lane] = AzimuthFilter::olderTap(positions[lane], delays[lane]);
+            oldest[lane] = AzimuthFilter::oldestTap(older[lane]);
         }
         const Lanes y = AzimuthFilter::combine(g0, g1, g2, p1, p2, x, Lanes(rings[0][older[0]], rings[1][older[1]]),
                                                Lanes(rings[0][oldest[0]], rings[1][oldest[1]]), y1, y2);
         rings[0][positions[0]] = x.first();
         rings[1][positions[1]] = x.second();
         for (std::uint32_t& position : positions)
-            position = (position + 1) % size;
+            position = AzimuthFilter::nextPosition(position);
         return y;
     }
 
