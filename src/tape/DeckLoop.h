@@ -104,6 +104,7 @@ public:
           outRing(d.outputRing.data()),
           history(d.speedHistory.data()),
           ringLength(d.ringLength),
+          deepest(TapeHead::deepestDelay(d.ringLength)),
           historyLength(d.speedHistory.size()),
           s(d.sampleCounter),
           writeIndex(d.sampleCounter % d.ringLength),
@@ -173,11 +174,11 @@ public:
 
         // The feedback head's read of the input tape has weight 0 and is left out.
         const double forwardDelay = forwardSlope * offset + forwardBase;
-        double r = TapeHead::readAt(inRing, ringLength, writeIndex, forwardDelay);
+        double r = TapeHead::readWithin(inRing, ringLength, deepest, writeIndex, forwardDelay);
         if (feedbackGain != 0.0)
         {
             const double feedbackDelay = feedbackSlope * offset + feedbackBase;
-            r += feedbackGain * TapeHead::readAt(outRing, ringLength, writeIndex, feedbackDelay);
+            r += feedbackGain * TapeHead::readWithin(outRing, ringLength, deepest, writeIndex, feedbackDelay);
         }
 
         if (fading)
@@ -296,6 +297,7 @@ private:
     double* outRing;
     double* history;
     std::uint64_t ringLength;
+    double deepest;
     std::uint64_t historyLength;
     std::uint64_t s;
     std::uint64_t writeIndex;
