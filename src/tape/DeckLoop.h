@@ -47,22 +47,55 @@ inline double decodeStage(Path& path, double h) noexcept
         return h;
 }
 
-// The same stages for the four decks of a stereo pair at once: the solvers of the
-// heavy types take their steps side by side.
+// The compander sidechains of a stereo pair's four decks in lanes, two decks a register,
+// made once a block: a sample then gathers only what moves (histories and charges).
+// Types that solve nothing in lanes hold nothing.
+template <int Type, bool Decoding>
+struct SidechainLanes
+{
+    explicit SidechainLanes(TapeDeck* const*) noexcept {}
+};
+
+template <bool Decoding>
+struct SidechainLanes<2, Decoding>
+{
+    explicit SidechainLanes(TapeDeck* const* decks) noexcept : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])} {}
+    static ThreeBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
+    {
+        return Decoding ? ThreeBandCompander::decoderLanes(first.threeBand, second.threeBand)
+                        : ThreeBandCompander::encoderLanes(first.threeBand, second.threeBand);
+    }
+    ThreeBandSidechain::TwoInLanes pairs[2];
+};
+
+template <bool Decoding>
+struct SidechainLanes<3, Decoding>
+{
+    explicit SidechainLanes(TapeDeck* const* decks) noexcept : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])} {}
+    static SlidingBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
+    {
+        return Decoding ? SlidingBandCompander::decoderLanes(first.slidingBand, second.slidingBand)
+                        : SlidingBandCompander::encoderLanes(first.slidingBand, second.slidingBand);
+    }
+    SlidingBandSidechain::TwoInLanes pairs[2];
+};
+
+// The same stages for the four decks of a stereo pair at once: the heavy types take
+// their steps side by side.
 template <int Type>
-inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
+inline void encodeFour(TapeDeck* const* decks, double* h, SidechainLanes<Type, false>& sides) noexcept
 {
     if constexpr (Type == 2)
     {
         ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
                                                   &decks[3]->threeBand};
-        ThreeBandCompander::encodeFourInLanes(companders, h);
+        ThreeBandCompander::encodeFourInLanes(companders, h, sides.pairs);
     }
     else if constexpr (Type == 3)
     {
         SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
                                                     &decks[2]->slidingBand, &decks[3]->slidingBand};
-        SlidingBandCompander::encodeFourInLanes(companders, h);
+        SlidingBandCompander::encodeFourInLanes(companders, h, sides.pairs);
     }
     else
     {
@@ -72,19 +105,19 @@ inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
 }
 
 template <int Type>
-inline void decodeFour(TapeDeck* const* decks, double* h) noexcept
+inline void decodeFour(TapeDeck* const* decks, double* h, SidechainLanes<Type, true>& sides) noexcept
 {
     if constexpr (Type == 2)
     {
         ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
                                                   &decks[3]->threeBand};
-        ThreeBandCompander::decodeFourInLanes(companders, h);
+        ThreeBandCompander::decodeFourInLanes(companders, h, sides.pairs);
     }
     else if constexpr (Type == 3)
     {
         SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
                                                     &decks[2]->slidingBand, &decks[3]->slidingBand};
-        SlidingBandCompander::decodeFourInLanes(companders, h);
+        SlidingBandCompander::decodeFourInLanes(companders, h, sides.pairs);
     }
     else
     {

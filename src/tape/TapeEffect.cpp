@@ -108,6 +108,8 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
     const float signLeft = left.phaseInvert ? -1.0f : 1.0f;
     const float signRight = right.phaseInvert ? -1.0f : 1.0f;
     TapeDeck* const decks[] = {&a.tapeDeck(), &b.tapeDeck(), &c.tapeDeck(), &d.tapeDeck()};
+    SidechainLanes<Encoder, false> encoders(decks);
+    SidechainLanes<Decoder, true> decoders(decks);
     PlaybackChainsInLanes leftChains, rightChains;
     const bool leftInLanes = leftChains.gather(left.decks[0].playbackFilters, left.decks[1].playbackFilters);
     const bool rightInLanes = rightChains.gather(right.decks[0].playbackFilters, right.decks[1].playbackFilters);
@@ -123,9 +125,9 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
         const Lanes saturatedLeft = tapeTanh(Lanes(driveA, driveB)) * Lanes(100.0);
         const Lanes saturatedRight = tapeTanh(Lanes(driveC, driveD)) * Lanes(100.0);
         double h[4] = {saturatedLeft.first(), saturatedLeft.second(), saturatedRight.first(), saturatedRight.second()};
-        encodeFour<Encoder>(decks, h);
+        encodeFour<Encoder>(decks, h, encoders);
         RecordHead::processFourInLanes(heads, h);
-        decodeFour<Decoder>(decks, h);
+        decodeFour<Decoder>(decks, h, decoders);
         playPair(leftChains, leftInLanes, a, b, h[0], h[1]);
         playPair(rightChains, rightInLanes, c, d, h[2], h[3]);
         const float outA = a.afterPlayback(h[0]);

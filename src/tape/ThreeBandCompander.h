@@ -73,6 +73,9 @@ public:
     {
     public:
         TwoInLanes (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
+        // Gathers again what moves from sample to sample (histories and charges) from the
+        // same two sidechains; their coefficients change only when they are prepared.
+        void refresh (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
         Lanes forward (Lanes x) const noexcept
         {
             Lanes sum = x;
@@ -145,6 +148,23 @@ public:
     double decodeInLanes (double v) noexcept;
     // decodeInLanes() for the decoders of four decks, v in and out, solved side by side.
     static void decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept;
+
+    // The same two with the sidechains of the pairs (0, 1) and (2, 3) kept in lanes across
+    // samples: sides as encoderLanes() or decoderLanes() made them for these companders.
+    static void encodeFourInLanes (ThreeBandCompander* const* companders, double* x,
+                                   ThreeBandSidechain::TwoInLanes* sides) noexcept;
+    static void decodeFourInLanes (ThreeBandCompander* const* companders, double* v,
+                                   ThreeBandSidechain::TwoInLanes* sides) noexcept;
+    static ThreeBandSidechain::TwoInLanes encoderLanes (const ThreeBandCompander& first,
+                                                        const ThreeBandCompander& second) noexcept
+    {
+        return {first.encoder, second.encoder};
+    }
+    static ThreeBandSidechain::TwoInLanes decoderLanes (const ThreeBandCompander& first,
+                                                        const ThreeBandCompander& second) noexcept
+    {
+        return {first.decoder, second.decoder};
+    }
 
     double getDecoderSolution() const noexcept { return decoderSolution; }
 
