@@ -59,7 +59,10 @@ struct SidechainLanes
 template <bool Decoding>
 struct SidechainLanes<2, Decoding>
 {
-    explicit SidechainLanes(TapeDeck* const* decks) noexcept : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])} {}
+    explicit SidechainLanes(TapeDeck* const* decks) noexcept
+        : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])}
+    {
+    }
     static ThreeBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
     {
         return Decoding ? ThreeBandCompander::decoderLanes(first.threeBand, second.threeBand)
@@ -71,7 +74,10 @@ struct SidechainLanes<2, Decoding>
 template <bool Decoding>
 struct SidechainLanes<3, Decoding>
 {
-    explicit SidechainLanes(TapeDeck* const* decks) noexcept : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])} {}
+    explicit SidechainLanes(TapeDeck* const* decks) noexcept
+        : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])}
+    {
+    }
     static SlidingBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
     {
         return Decoding ? SlidingBandCompander::decoderLanes(first.slidingBand, second.slidingBand)
