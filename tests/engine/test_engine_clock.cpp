@@ -50,10 +50,14 @@ TEST(EngineClock, MeterDenominatorFollowsTheNumeratorQuirk)
     }
 }
 
-TEST(EngineClock, TempoFollowsHostOnlyWhenSynced)
+TEST(EngineClock, TempoFollowsHostOnlyWhenSyncedAndThePositionAdvancesWhileStopped)
 {
     ClockRig rig;
     const auto& ids = Engine::ids();
+    rig.context.transport.tempo = 120.0f;
+    rig.block(24000); // half a second at 120 bpm
+    EXPECT_DOUBLE_EQ(rig.engine->position(), 1.0);
+    EXPECT_FALSE(rig.engine->isPlaying());
     rig.context.transport.tempo = 90.0f;
     rig.block();
     EXPECT_DOUBLE_EQ(rig.engine->tempo(), 90.0);
@@ -66,15 +70,6 @@ TEST(EngineClock, TempoFollowsHostOnlyWhenSynced)
     EXPECT_DOUBLE_EQ(rig.engine->tempo(), 100.0);
     rig.block();
     EXPECT_EQ(rig.context.transport.tempo, 100.0f); // the engine's tempo drives the context
-}
-
-TEST(EngineClock, PositionAdvancesEvenWhenStopped)
-{
-    ClockRig rig;
-    rig.context.transport.tempo = 120.0f;
-    rig.block(24000); // half a second at 120 bpm
-    EXPECT_DOUBLE_EQ(rig.engine->position(), 1.0);
-    EXPECT_FALSE(rig.engine->isPlaying());
 }
 
 TEST(EngineClock, PlayStopAndRewindWhileRecordingByController)

@@ -38,7 +38,7 @@ TEST(HostTransport, NoPlayHeadLeavesTheContextAndTempoAloneGivesPositionZero)
     EXPECT_EQ(info.playing, 0);
 }
 
-TEST(HostTransport, JumpIsFlaggedOnlyBeyondOneQuarterNote)
+TEST(HostTransport, JumpIsFlaggedOnlyBeyondOneQuarterNoteFromWhereTheBlockLeftOff)
 {
     HostTransportTracker tracker;
     TransportInfo info;
@@ -49,14 +49,9 @@ TEST(HostTransport, JumpIsFlaggedOnlyBeyondOneQuarterNote)
         tracker.update(playingAt(ppq), 0, 48000.0, false, info);
         EXPECT_EQ(info.flags & 1u, jump) << "at " << ppq;
     }
-}
-
-TEST(HostTransport, ExpectedPositionFollowsTheBlock)
-{
-    HostTransportTracker tracker;
-    TransportInfo info;
+    // Half a second at 120 bpm: the next block is expected a beat later, and is no jump there.
     tracker.update(playingAt(0.0, 120.0), 24000, 48000.0, false, info);
-    EXPECT_DOUBLE_EQ(tracker.expectedPosition, 1.0); // half a second at 120 bpm
+    EXPECT_DOUBLE_EQ(tracker.expectedPosition, 1.0);
     tracker.update(playingAt(1.0, 120.0), 24000, 48000.0, false, info);
     EXPECT_EQ(info.flags & 1u, 0u);
 }

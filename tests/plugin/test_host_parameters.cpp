@@ -8,10 +8,8 @@
 #include <gtest/gtest.h>
 #include <tinyxml2.h>
 
-#include <atomic>
 #include <cmath>
 #include <limits>
-#include <thread>
 #include <vector>
 
 using namespace oxa;
@@ -322,38 +320,6 @@ TEST(FluxDeckHostParameters, FortyFiveSlotsAtTheEffect)
     }
     EXPECT_EQ(plugin.parameterAt(15)->getName(100), juce::String("Low Latency Mode"));
     EXPECT_TRUE(plugin.parameterAt(15)->isBoolean());
-}
-
-TEST(FluxDeckHostParameters, HostWritesWhileAnotherThreadRenders)
-{
-    FluxDeckPlugin plugin;
-    plugin.prepareToPlay(48000.0, 128);
-    auto* gain = plugin.parameterAt(28);
-    ASSERT_TRUE(gain->isBound());
-
-    std::atomic<bool> stop {false};
-    std::thread audio([&] {
-        juce::AudioBuffer<float> buffer(2, 128);
-        juce::MidiBuffer midi;
-        while (!stop.load())
-        {
-            buffer.clear();
-            plugin.processBlock(buffer, midi);
-        }
-    });
-    std::thread host([&] {
-        for (int i = 0; i <= 2000; ++i)
-            gain->setValue((float) (i % 101) / 100.0f);
-    });
-    host.join();
-    stop.store(true);
-    audio.join();
-
-    juce::AudioBuffer<float> buffer(2, 128);
-    juce::MidiBuffer midi;
-    plugin.processBlock(buffer, midi);
-    EXPECT_NEAR(gain->getValue(), 0.81f, 1e-4f); // 2000 % 101 = 81
-    deliverQueuedChanges();
 }
 
 namespace

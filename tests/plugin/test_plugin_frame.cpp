@@ -36,6 +36,7 @@ TEST(PluginFrame, Tree)
 TEST(PluginFrame, LatencyFollowsSampleRateAndMode)
 {
     FluxDeckPlugin plugin;
+    EXPECT_EQ(plugin.getLatencySamples(), 2646) << "before prepare: the default rate, 44.1 kHz";
     plugin.prepareToPlay(48000.0, 256);
     plugin.prepareToPlay(0.0, 512); // ignored
     EXPECT_EQ(plugin.getLatencySamples(), 2880);

@@ -140,35 +140,3 @@ TEST(MidiLearnState, LearnedControllerIsSavedRestoredAndDroppedWithTheState)
     EXPECT_FALSE(restored.canBind());
     EXPECT_EQ(restored.boundController(), -1);
 }
-
-TEST(MidiLearnState, LearnedControllerSetsTheEffectsOutputGain)
-{
-    // learned in one instance, arriving in another with the state
-    auto learned = makePlugin(juce::AudioProcessor::wrapperType_VST3);
-    ASSERT_TRUE(learnOf(*learned, FluxDeckProcessor::ids().outputGain).bind(74));
-    auto plugin = makePlugin(juce::AudioProcessor::wrapperType_VST3);
-    plugin->prepareToPlay(48000.0, 512);
-    setState(*plugin, stateOf(*learned));
-    juce::Random random(3);
-    auto run = [&](int value) {
-        juce::AudioBuffer<float> buffer(2, 512);
-        float peak = 0.0f;
-        for (int b = 0; b < 8; ++b)
-        {
-            for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < 512; ++i)
-                    buffer.setSample(c, i, random.nextFloat() - 0.5f);
-            juce::MidiBuffer midi;
-            midi.addEvent(juce::MidiMessage::controllerEvent(1, 74, value), 0);
-            plugin->processBlock(buffer, midi);
-            peak = buffer.getMagnitude(0, 0, 512);
-        }
-        return peak;
-    };
-    const float quiet = run(0);
-    const float loud = run(127);
-    EXPECT_GT(loud, 1000.0f * quiet) << loud << " " << quiet;
-
-    // And back down: the effect glides its gain there within a few blocks.
-    EXPECT_LT(run(0), loud * 1.0e-3f);
-}

@@ -301,14 +301,6 @@ TEST(StateChunkThreads, AQueuedInterfaceStepOutlivingThePluginDoesNothing)
     pumpMessages();
 }
 
-TEST(StateChunk, LatencyIsRightBeforePrepareAndAfterIt)
-{
-    FluxDeckPlugin plugin;
-    EXPECT_EQ(plugin.getLatencySamples(), 2646) << "the default rate, 44.1 kHz";
-    plugin.prepareToPlay(96000.0, 64);
-    EXPECT_EQ(plugin.getLatencySamples(), 5760);
-}
-
 TEST(StateChunk, WritesWhileNothingRendersGetTheirSideEffectsFromTheMessageThread)
 {
     FluxDeckPlugin plugin;
