@@ -4,6 +4,7 @@
 // ThreadSanitizer or AddressSanitizer no report may appear; in any build every state
 // set reads back exactly when setStateInformation returns.
 #include "plugin/FluxDeckPlugin.h"
+#include "support/StateChunks.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 #include <vector>
 
 using namespace oxa;
+using oxa::test::hostValues;
 
 namespace
 {
@@ -21,14 +23,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto runLength = std::chrono::seconds(12);
 constexpr auto passLength = std::chrono::milliseconds(400);
 constexpr int blockSize = 256;
-
-std::vector<float> hostValues(juce::AudioProcessor& plugin)
-{
-    std::vector<float> values;
-    for (auto* p : plugin.getParameters())
-        values.push_back(p->getValue());
-    return values;
-}
 
 /** A state with every parameter somewhere random, and what a host reads after loading it. */
 struct KnownState

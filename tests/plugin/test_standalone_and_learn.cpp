@@ -4,11 +4,13 @@
 #include "engine/instrument/SynthElements.h"
 #include "plugin/FluxDeckPlugin.h"
 #include "support/ScopedWrapperType.h"
+#include "support/StateChunks.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <gtest/gtest.h>
 
 using namespace oxa;
+using namespace oxa::test;
 
 namespace
 {
@@ -24,25 +26,6 @@ std::vector<std::string> topLevelNames(const FluxDeckPlugin& plugin)
     for (const ProcessingElement* e : plugin.getEngine()->renderOrder())
         names.push_back(e->name().text().str());
     return names;
-}
-
-juce::MemoryBlock stateOf(juce::AudioProcessor& plugin)
-{
-    juce::MemoryBlock chunk;
-    plugin.getStateInformation(chunk);
-    return chunk;
-}
-
-void setState(juce::AudioProcessor& plugin, const juce::MemoryBlock& chunk)
-{
-    plugin.setStateInformation(chunk.getData(), (int) chunk.getSize());
-}
-
-std::string xmlOf(const juce::MemoryBlock& chunk)
-{
-    juce::MemoryInputStream raw(static_cast<const char*>(chunk.getData()) + 12, chunk.getSize() - 12, false);
-    juce::GZIPDecompressorInputStream inflated(raw);
-    return inflated.readEntireStreamAsString().toStdString();
 }
 
 MidiLearn learnOf(FluxDeckPlugin& plugin, uint32_t id)
@@ -134,9 +117,7 @@ TEST(MidiLearnState, LearnedControllerIsSavedRestoredAndDroppedWithTheState)
     const size_t to = noEffect.find("</FluxDeck>") + std::strlen("</FluxDeck>");
     ASSERT_LT(from, to);
     noEffect.erase(from, to - from);
-    juce::MemoryBlock chunk;
-    Plugin::writeStateChunk(noEffect.data(), (int) noEffect.size(), chunk);
-    setState(*target, chunk);
+    setState(*target, chunkOf(noEffect));
     EXPECT_FALSE(restored.canBind());
     EXPECT_EQ(restored.boundController(), -1);
 }

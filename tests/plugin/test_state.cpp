@@ -2,6 +2,7 @@
 // that may call get and set.
 
 #include "plugin/FluxDeckPlugin.h"
+#include "support/StateChunks.h"
 
 #include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
@@ -14,17 +15,10 @@
 #include <thread>
 
 using namespace oxa;
+using namespace oxa::test;
 
 namespace
 {
-std::vector<float> hostValues(juce::AudioProcessor& plugin)
-{
-    std::vector<float> values;
-    for (auto* p : plugin.getParameters())
-        values.push_back(p->getValue());
-    return values;
-}
-
 void scatter(juce::AudioProcessor& plugin, float offset)
 {
     auto& parameters = plugin.getParameters();
@@ -32,40 +26,11 @@ void scatter(juce::AudioProcessor& plugin, float offset)
         parameters[i]->setValueNotifyingHost(std::fmod(offset + 0.137f * (float) i, 1.0f));
 }
 
-juce::MemoryBlock stateOf(juce::AudioProcessor& plugin)
-{
-    juce::MemoryBlock chunk;
-    plugin.getStateInformation(chunk);
-    return chunk;
-}
-
 int32_t intAt(const juce::MemoryBlock& chunk, size_t offset)
 {
     int32_t value = 0;
     std::memcpy(&value, static_cast<const char*>(chunk.getData()) + offset, 4);
     return (int32_t) juce::ByteOrder::swapIfBigEndian((uint32_t) value);
-}
-
-/** The XML text inside a chunk, inflated independently of the plug-in's reader. */
-std::string xmlOf(const juce::MemoryBlock& chunk)
-{
-    if (chunk.getSize() < 12)
-        return {};
-    juce::MemoryInputStream raw(static_cast<const char*>(chunk.getData()) + 12, chunk.getSize() - 12, false);
-    juce::GZIPDecompressorInputStream inflated(raw);
-    return inflated.readEntireStreamAsString().toStdString();
-}
-
-juce::MemoryBlock chunkOf(const std::string& xml)
-{
-    juce::MemoryBlock chunk;
-    Plugin::writeStateChunk(xml.data(), (int) xml.size(), chunk);
-    return chunk;
-}
-
-void setState(juce::AudioProcessor& plugin, const juce::MemoryBlock& chunk)
-{
-    plugin.setStateInformation(chunk.getData(), (int) chunk.getSize());
 }
 
 void pumpMessages() { juce::MessageManager::getInstance()->runDispatchLoopUntil(30); }
