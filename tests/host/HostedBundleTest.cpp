@@ -71,8 +71,6 @@ TEST(HostedBundle, MissingOrEmptyBundleGivesAnErrorNotAnInstance)
 
 TEST(HostedBundle, LatencyIsSixtyMillisecondsTruncatedAtAnyBlockSize)
 {
-    EXPECT_EQ(latencyAfterPrepare(44100.0, 512), 2646);
-    EXPECT_EQ(latencyAfterPrepare(48000.0, 512), 2880);
     EXPECT_EQ(latencyAfterPrepare(44100.0, 32), 2646);
     EXPECT_EQ(latencyAfterPrepare(48000.0, 4096), 2880);
     EXPECT_EQ(latencyAfterPrepare(96000.0, 512), 5760);
@@ -111,6 +109,7 @@ TEST(HostedBundle, ExportsTheFortyFiveParametersInHostOrder)
     EXPECT_EQ(effectParameters(*plugin).size(), kCount);
     ASSERT_EQ(names.size(), kCount + 1) << names.joinIntoString(" | ", kCount);
     EXPECT_EQ(plugin->getParameters()[kCount], plugin->getBypassParameter());
+    EXPECT_GT(plugin->getParameters().size(), kCount + 1) << "the controller stand-ins are there, hidden from automation";
 }
 
 TEST(HostedBundle, EveryParameterTextParsesBackToTheSameText)
