@@ -4,14 +4,7 @@
 // window again and again. Under ThreadSanitizer this shows that the live roads
 // to the window (monitor, flange position, output levels) and the parameter
 // notifications are race-free; in any build the pictures must have moved.
-#include "editor/FluxDeckPluginUI.h"
-#include "editor/WindowSettings.h"
-#include "editor/widgets/ImageLoader.h"
-#include "element/ParameterRegistry.h"
-#include "plugin/FluxDeckPlugin.h"
-#include "tape/FluxDeckProcessor.h"
-
-#include <gtest/gtest.h>
+#include "editor/EditorTestRig.h"
 
 #include <atomic>
 #include <chrono>
@@ -19,38 +12,11 @@
 #include <thread>
 
 using namespace oxa;
+using oxa::test::clickOn;
 
 namespace
 {
 constexpr int blockSize = 256;
-
-/** Keeps the user's window settings, which an open window writes when it closes. */
-struct UserWindowSettings
-{
-    UserWindowSettings()
-        : expanded(windowSettings::readBool("ui.expanded", false)),
-          reelRunning(windowSettings::readBool("ui.reel", false)),
-          reelTime(windowSettings::readFloat("ui.reelTime", 0.0f))
-    {
-    }
-    ~UserWindowSettings()
-    {
-        windowSettings::writeBool("ui.expanded", expanded);
-        windowSettings::writeBool("ui.reel", reelRunning);
-        windowSettings::writeFloat("ui.reelTime", reelTime);
-    }
-    bool expanded, reelRunning;
-    float reelTime;
-};
-
-juce::MouseEvent clickOn(juce::Component& target)
-{
-    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
-    const juce::Time now = juce::Time::getCurrentTime();
-    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre,
-                            juce::ModifierKeys::leftButtonModifier, juce::MouseInputSource::defaultPressure, 0.0f, 0.0f,
-                            0.0f, 0.0f, &target, &target, now, centre, now, 1, false);
-}
 
 /** Host parameters worth moving while the pictures watch: each one redraws something. */
 const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "MagneticHardness", "Hysteresis",
@@ -61,7 +27,7 @@ const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "Ma
 
 TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
 {
-    const UserWindowSettings keep;
+    const test::UserWindowSettings keep;
     overrideDisplayImageScale(1);
 
     FluxDeckPlugin plugin;

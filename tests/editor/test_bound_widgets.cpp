@@ -10,18 +10,6 @@
 using namespace oxa;
 using namespace oxa::test;
 
-namespace
-{
-juce::MouseEvent click(juce::Component& target, juce::ModifierKeys mods)
-{
-    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
-    const juce::Time now = juce::Time::getCurrentTime();
-    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre, mods,
-                            juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &target, &target, now,
-                            centre, now, 1, false);
-}
-} // namespace
-
 TEST_F(EditorTest, KnobEditsWriteTheParameterAndHostWritesMoveTheKnob)
 {
     LFOMainMenu& page = ui->getLfoModeUI().getMainMenu();
@@ -101,7 +89,7 @@ TEST_F(EditorTest, AltClickAndAWheelTurnAreOneGestureEach)
     ParamSlider* feedback = ui->getLfoModeUI().getMainMenu().knob("Feedback");
     hostParameter("Feedback").setValueNotifyingHost(0.8f);
     pump();
-    feedback->mouseDown(click(*feedback, juce::ModifierKeys::altModifier | juce::ModifierKeys::leftButtonModifier));
+    feedback->mouseDown(clickOn(*feedback, juce::ModifierKeys::altModifier | juce::ModifierKeys::leftButtonModifier));
     pump();
     EXPECT_FLOAT_EQ(effect().floatParameter(parameterIdByName("Feedback")), 0.0f) << "alt-click resets";
     EXPECT_EQ(counter.begins, 1);
@@ -113,9 +101,9 @@ TEST_F(EditorTest, AltClickAndAWheelTurnAreOneGestureEach)
     juce::MouseWheelDetails wheel {};
     wheel.deltaY = 0.1f;
     for (int i = 0; i < 3; ++i)
-        delay->mouseWheelMove(click(*delay, {}), wheel);
+        delay->mouseWheelMove(clickOn(*delay, {}), wheel);
     EXPECT_TRUE(delay->isGestureOpen());
-    delay->mouseExit(click(*delay, {}));
+    delay->mouseExit(clickOn(*delay, {}));
     EXPECT_FALSE(delay->isGestureOpen());
     EXPECT_EQ(counter.begins, 2);
     EXPECT_EQ(counter.ends, 2);
@@ -174,13 +162,13 @@ TEST_F(EditorTest, ReelsStartAndStopOnAClickAndTurnWithTheTapeSpeed)
     for (bool left : {true, false})
     {
         Slider& reel = main.getReel(left);
-        main.mouseDown(click(reel, juce::ModifierKeys::leftButtonModifier));
+        main.mouseDown(clickOn(reel, juce::ModifierKeys::leftButtonModifier));
         EXPECT_NE(main.isReelRunning(), running) << "a click on either reel starts or stops both";
-        main.mouseDown(click(reel, juce::ModifierKeys::rightButtonModifier));
+        main.mouseDown(clickOn(reel, juce::ModifierKeys::rightButtonModifier));
         EXPECT_EQ(main.isReelRunning(), running);
     }
     if (!main.isReelRunning())
-        main.mouseDown(click(main.getReel(true), juce::ModifierKeys::leftButtonModifier));
+        main.mouseDown(clickOn(main.getReel(true), juce::ModifierKeys::leftButtonModifier));
     // At 10^Speed = 2 the reels move one frame a tick.
     effect().setFloatParameter(parameterIdByName("Speed"), std::log10(2.0f), true);
     const float before = main.getReelTime();

@@ -120,24 +120,20 @@ TEST(HostedState, CorruptChunksLeaveTheCurrentStateInPlace)
     prepared.settle();
     const auto before = prepared.values();
     const auto hostState = prepared.state();
-    const auto chunk = componentChunkOf(hostState);
 
-    juce::MemoryBlock truncated(chunk.getData(), chunk.getSize() / 2);
+    // What the wrapper must pass on, or refuse itself; the plug-in's own refusals of every
+    // kind of broken chunk are the state chunk's unit tests.
     juce::MemoryBlock garbage(300);
     juce::Random random(5);
     for (size_t i = 0; i < garbage.getSize(); ++i)
         garbage[i] = (char) random.nextInt(256);
     juce::MemoryBlock magicThenGarbage("OXA4\x01\x00\x00\x00\xff\xff\xff\x7f", 12);
     magicThenGarbage.append(garbage.getData(), 64);
-
     const std::pair<const char*, juce::MemoryBlock> corruptions[] = {
-        { "truncated chunk", withComponentChunk(hostState, truncated) },
-        { "random bytes", withComponentChunk(hostState, garbage) },
         { "right magic, absurd length", withComponentChunk(hostState, magicThenGarbage) },
         { "empty chunk", withComponentChunk(hostState, {}) },
         { "not even the host's XML", garbage },
     };
-
     for (const auto& [what, state] : corruptions)
     {
         prepared.restore(state);
