@@ -12,7 +12,6 @@
 #include "plugin/FluxDeckPlugin.h"
 #include "tape/FluxDeckProcessor.h"
 #include "tape/OutputLevels.h"
-#include "tape/SignalMonitoringFIFO.h"
 
 #include <gtest/gtest.h>
 
@@ -53,23 +52,6 @@ TEST(OutputLevels, KeepsTheHighestPeakUntilTakenAndShowsMonoOnBoth)
     levels.publish(mono, 1, 3);
     EXPECT_FLOAT_EQ(levels.take(0), 0.7f);
     EXPECT_FLOAT_EQ(levels.take(1), 0.7f);
-}
-
-TEST(MonitoringRing, CapacityIsBoundedByTheStorageAndCanShrink)
-{
-    SignalMonitoringFIFO ring;
-    ring.setCapacity(4000000);
-    EXPECT_EQ(ring.capacity(), SignalMonitoringFIFO::maximumCapacity);
-    std::vector<float> block(1000, 0.25f);
-    for (int i = 0; i < 250; ++i)
-        ring.append(block.data(), 1000);
-    EXPECT_EQ(ring.available(), SignalMonitoringFIFO::maximumCapacity - 1);
-    ring.setCapacity(8);
-    const float fresh[] {1, 2, 3};
-    ring.append(fresh, 3);
-    float out[8];
-    ASSERT_EQ(ring.read(out, 8), 3u);
-    EXPECT_EQ(out[2], 3.0f);
 }
 
 TEST(AudioMeter, RisesAtOnceFallsTwentyDecibelsASecondAndStaysInRange)

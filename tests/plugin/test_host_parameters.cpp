@@ -105,11 +105,6 @@ struct HostSide : juce::AudioProcessorParameter::Listener
     int lastIndex = -1;
     float lastValue = -1.0f;
 };
-
-void deliverQueuedChanges()
-{
-    ParameterChangedAsyncSignal::drainNow();
-}
 } // namespace
 
 TEST(HostParameters, ConversionsByKind)
@@ -161,7 +156,7 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
 {
     BoxPlugin plugin;
     plugin.prepareToPlay(48000.0, 64);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     HostSide host;
     plugin.level->addListener(&host);
 
@@ -183,7 +178,7 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     EXPECT_FLOAT_EQ(plugin.box->levelValue, 8.0f);
 
     // broken host values change nothing
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     host.changes = 0;
     plugin.level->setValue(std::numeric_limits<float>::quiet_NaN());
     plugin.level->setValue(std::numeric_limits<float>::infinity());
@@ -194,7 +189,7 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     // a change made on the element's side reaches the host once, normalised
     plugin.box->setFloatParameter(KnobBox::ids().level, 2.0f);
     EXPECT_EQ(host.changes, 0);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(host.changes, 1);
     EXPECT_EQ(host.lastIndex, plugin.level->getParameterIndex());
     EXPECT_FLOAT_EQ(host.lastValue, 0.2f);
@@ -393,5 +388,5 @@ TEST(FluxDeckHostParameters, ARepeatedHostPositionDoesNotSetTheElementAgain)
         plugin.applyPendingWrites();
     }
     EXPECT_EQ(rewritten, 0);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
 }

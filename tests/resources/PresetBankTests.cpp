@@ -149,16 +149,13 @@ TEST_F(PresetTest, UnlockAllReleasesExactlyItsFive)
             << record->name();
 }
 
-TEST_F(PresetTest, SyncedValueSurvivesBecauseBoolsComeFirst)
+TEST_F(PresetTest, SyncedValuesSurviveBecauseBoolsComeFirstAndOldFilesConvertHysteresis)
 {
     ASSERT_TRUE(full.loadPreset(preset("synced.fxps", "LFOFreq=\"16\" SyncToHost=\"1\" FluxDeckVersion=\"1\"")));
     EXPECT_EQ(value("LFOFreq"), 16.0f);
     ASSERT_TRUE(full.loadPreset(preset("free.fxps", "LFOFreq=\"16\" SyncToHost=\"0\" FluxDeckVersion=\"1\"")));
     EXPECT_EQ(value("LFOFreq"), 10.0f);
-}
 
-TEST_F(PresetTest, OldFilesConvertHysteresis)
-{
     ASSERT_TRUE(full.loadPreset(preset("old.fxps", "Hysteresis=\"0.5\"")));
     EXPECT_FLOAT_EQ(value("Hysteresis"), 0.6666667f);
     ASSERT_TRUE(tape.loadPreset(preset("oldtape.fxps", "Hysteresis=\"0.5\"")));

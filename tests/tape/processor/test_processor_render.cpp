@@ -93,7 +93,7 @@ TEST(ProcessorRender, OnlyTheRenderingStateHoldsTapeAndTheMirrorFollowsTheSetter
     EXPECT_EQ(main.channels[0].decks[0].inputRing.size(), 88200u);
 }
 
-TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLags)
+TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLagsAndIsBoundedByItsStorage)
 {
     SignalMonitoringFIFO ring;
     EXPECT_EQ(ring.available(), 0u);
@@ -122,4 +122,16 @@ TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLags)
     ring.append(first, 3);
     ring.clear();
     EXPECT_EQ(ring.available(), 0u);
+
+    // The storage bounds the capacity; a smaller one afterwards starts afresh.
+    ring.setCapacity(4000000);
+    EXPECT_EQ(ring.capacity(), SignalMonitoringFIFO::maximumCapacity);
+    std::vector<float> block(1000, 0.25f);
+    for (int i = 0; i < 250; ++i)
+        ring.append(block.data(), 1000);
+    EXPECT_EQ(ring.available(), SignalMonitoringFIFO::maximumCapacity - 1);
+    ring.setCapacity(8);
+    ring.append(first, 3);
+    ASSERT_EQ(ring.read(out, 8), 3u);
+    EXPECT_EQ(out[2], 3.0f);
 }
