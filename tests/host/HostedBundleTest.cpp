@@ -53,14 +53,10 @@ TEST(HostedBundle, LoadsUnderItsProductNameWithOneProgram)
     EXPECT_EQ(plugin->getMainBusNumOutputChannels(), 2) << "stereo out by default";
 }
 
-TEST(HostedBundle, MissingOrEmptyBundleGivesAnErrorNotAnInstance)
+TEST(HostedBundle, AnEmptyBundleGivesAnErrorNotAnInstance)
 {
+    // A missing one is the render tool's command-line case.
     PluginHost pluginHost;
-
-    auto missing = pluginHost.load(juce::File("/nonexistent/Nothing.vst3"), 44100.0, 512);
-    EXPECT_FALSE(missing);
-    EXPECT_TRUE(missing.error.contains("no VST3 bundle")) << missing.error;
-
     const auto emptyBundle = juce::File::createTempFile(".vst3");
     ASSERT_TRUE(emptyBundle.createDirectory());
     auto empty = pluginHost.load(emptyBundle, 44100.0, 512);
