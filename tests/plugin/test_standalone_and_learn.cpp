@@ -68,6 +68,7 @@ TEST(PluginTree, OnlyTheStandaloneGetsTheTestVoiceAndTheEffectKeepsItsPath)
         EXPECT_EQ(fx->path(), String("/FluxDeck"));
         EXPECT_EQ(plugin->getParameters().size(), 45);
     }
+    EXPECT_EQ(FluxDeckPluginDefinition::instance().makerKey(), std::string("net"));
 }
 
 TEST(PluginTree, StandaloneVoicePlaysThroughTheEffectAndComesBackWithItsState)
