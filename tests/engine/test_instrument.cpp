@@ -84,13 +84,17 @@ TEST(TestInstrument, TreeIsBuiltAheadOfTheEffectWithItsEnvelopeConnected)
     EXPECT_EQ(rig.engine->findElement(String("/FluxDeck")), rig.effect.get());
 
     // The envelope drives the keygroup's volume; made after its source, the connection found it at once.
+    ASSERT_NE(rig.engine->findElement(String("/Program/Layer 0/Keygroup 0")), nullptr);
     Keygroup& keygroup = rig.keygroup();
+    EXPECT_EQ(keygroup.oscillator()->intParameter(MinBlepGenerator::waveformId()), 1);
     ASSERT_EQ(keygroup.controlSourceCount(), 1u);
+    EXPECT_EQ(keygroup.controlSource(0)->name().text(), String("Amp. Env"));
     auto* connection = dynamic_cast<SignalConnection*>(
         keygroup.findInfo(Keygroup::volumeId())->envelope()->findElement(String("AmpEnvMod")));
     ASSERT_NE(connection, nullptr);
+    EXPECT_EQ(connection->source(), String("Amp. Env"));
+    EXPECT_TRUE(connection->ratio() == 1.0f && !connection->isBypassed() && !connection->isEdition());
     EXPECT_EQ(connection->resolvedSource(), keygroup.controlSource(0));
-    EXPECT_EQ(keygroup.oscillator()->intParameter(MinBlepGenerator::waveformId()), 1);
 }
 
 TEST(TestInstrument, SoundsWhileAKeyIsHeldAndAVelocityZeroNoteOnReleasesIt)
