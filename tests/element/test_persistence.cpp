@@ -5,8 +5,7 @@
 #include "element/ElementFactory.h"
 #include "element/ElementParamEnvelope.h"
 #include "element/ElementPersistence.h"
-#include "engine/BasicProcessingElement.h"
-#include "engine/Engine.h"
+#include "engine/EngineTestRig.h"
 #include "plugin/AutomationParameterInterface.h"
 #include "resources/VolumeTable.h"
 
@@ -326,28 +325,6 @@ TEST(ElementPersistenceFiles, ThroughPaths)
 // until the engine is prepared, and a vetoing listener that keeps the tree.
 namespace
 {
-class Knob : public BasicProcessingElement
-{
-public:
-    static uint32_t levelId()
-    {
-        static const uint32_t id = ParameterRegistry::instance().registerFloat(
-            ParameterDescription<float>("PersistKnobLevel", 1.0f, 0.0f, 2.0f));
-        return id;
-    }
-    Knob() : BasicProcessingElement(String("PersistKnob"), String("Knob"))
-    {
-        addParameters({new ParameterInfo<float>(levelId(), this, &Knob::level, &Knob::setLevel)});
-    }
-    void processAudio(RenderContext&, ElementState*, uint32_t, float* const*, const bool*) override {}
-
-    float levelValue = 1.0f;
-
-private:
-    float level(const ElementState&) const { return levelValue; }
-    void setLevel(ElementState&, float v) { levelValue = v; }
-};
-
 struct Bindings : AutomationParameterInterface
 {
     bool bind(const AutomationTarget&, const String&) override { return false; }
@@ -371,11 +348,10 @@ struct Bindings : AutomationParameterInterface
 
 void registerKnob()
 {
-    ElementFactory::instance().registerType("Knob", "PersistKnob",
-                                            [] { return std::shared_ptr<Element>(std::make_shared<Knob>()); });
+    ElementFactory::instance().registerType("Gain", "GainEffect", [] { return std::make_shared<GainEffect>("Knob"); });
 }
 
-Knob* knobOf(Engine& engine) { return dynamic_cast<Knob*>(engine.findElement(String("Knob"))); }
+GainEffect* knobOf(Engine& engine) { return dynamic_cast<GainEffect*>(engine.findElement(String("Knob"))); }
 } // namespace
 
 TEST(EnginePersistence, ChildrenAndBindingsRoundTrip)
@@ -384,19 +360,19 @@ TEST(EnginePersistence, ChildrenAndBindingsRoundTrip)
     Bindings bindings;
     Engine source;
     source.setAutomation(&bindings);
-    auto knob = std::make_shared<Knob>();
+    auto knob = std::make_shared<GainEffect>("Knob");
     source.addElement(knob);
-    knob->setFloatParameter(Knob::levelId(), 1.5f);
+    knob->setFloatParameter(GainEffect::gainId(), 1.5f);
 
     const std::string text = save(source);
-    EXPECT_NE(text.find("\n        <PersistKnob Name=\"Knob\""), std::string::npos) << text;
+    EXPECT_NE(text.find("\n        <GainEffect Name=\"Knob\""), std::string::npos) << text;
     EXPECT_NE(text.find("<Automation>\n            <AutomationConnection sourceIndex=\"3\"/>"), std::string::npos);
 
     Engine copy;
     copy.setAutomation(&bindings);
     ASSERT_TRUE(load(copy, text));
     ASSERT_NE(knobOf(copy), nullptr);
-    EXPECT_FLOAT_EQ(knobOf(copy)->levelValue, 1.5f);
+    EXPECT_FLOAT_EQ(knobOf(copy)->gainValue, 1.5f);
     EXPECT_EQ(bindings.loads, 0) << "held until the engine is prepared";
     ASSERT_NE(copy.heldAutomationXml(), nullptr);
     copy.prepare(48000.0, 64);
@@ -421,11 +397,11 @@ TEST(EnginePersistence, UnknownChildrenFailTheLoadButTheRestLoadsAndAVetoKeepsTh
     ASSERT_GT(envelopes, 0u);
     SaveOptions options;
     EXPECT_FALSE(loadFromBytes(engine,
-                               "<OXA4><Engine Name=\"Engine\" Tempo=\"90\" SyncToHost=\"0\"><Alien/><PersistKnob Name=\"Knob\" "
-                               "PersistKnobLevel=\"9\"/><Properties a=\"1\"/></Engine></OXA4>",
+                               "<OXA4><Engine Name=\"Engine\" Tempo=\"90\" SyncToHost=\"0\"><Alien/><GainEffect Name=\"Knob\" "
+                               "TestGain=\"9\"/><Properties a=\"1\"/></Engine></OXA4>",
                                options));
     ASSERT_NE(knobOf(engine), nullptr);
-    EXPECT_FLOAT_EQ(knobOf(engine)->levelValue, 2.0f) << "clamped";
+    EXPECT_FLOAT_EQ(knobOf(engine)->gainValue, 2.0f) << "clamped";
     EXPECT_EQ(engine.renderOrder().size(), 1u) << "the properties group is no child element";
     EXPECT_FLOAT_EQ(engine.floatParameter(Engine::ids().tempo), 90.0f);
     EXPECT_EQ(engine.children().size(), envelopes + 1) << "the engine's own envelopes survive a load";
