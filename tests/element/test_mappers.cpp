@@ -1,3 +1,4 @@
+#include "ElementTestSupport.h"
 #include "element/Element.h"
 #include "element/NoteLengths.h"
 #include "element/ParameterMapper.h"
@@ -164,36 +165,9 @@ TEST(NoteTable, NearestLengthBelowForRateSwitching)
         EXPECT_FLOAT_EQ(nearestNoteLengthBelow(noteLength(i)), noteLength(i)) << noteText(i);
 }
 
-namespace
-{
-// An element whose only parameter is the host-sync switch, or none at all.
-class SyncProbe : public Element
-{
-public:
-    explicit SyncProbe(bool withSwitch) : Element("SyncProbe", "Probe")
-    {
-        if (withSwitch)
-            addParameters({}, {}, {new ParameterInfo<bool>(switchId(), this, &SyncProbe::synced, &SyncProbe::setSynced)});
-    }
-
-    static uint32_t switchId()
-    {
-        static const uint32_t id =
-            ParameterRegistry::instance().registerBool(ParameterDescription<bool>("SyncToHost", false, false, true));
-        return id;
-    }
-
-    void sync(bool on) { setBoolParameter(switchId(), on); }
-    bool synced() const { return on; }
-    void setSynced(bool value) { on = value; }
-
-    bool on = false;
-};
-} // namespace
-
 TEST(SyncedOwner, MappersSwitchToTheNoteTable)
 {
-    SyncProbe probe(true);
+    test::SyncedProbe probe;
     SyncLinearParameterMapper linear(0.0f, 10.0f);
     SyncLogMapper log(0.01f, 10.0f);
     float v = 0.5f;
@@ -201,7 +175,7 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
     EXPECT_FLOAT_EQ(v, 5.0f);
     EXPECT_FALSE(syncsToHost(&probe));
 
-    probe.sync(true);
+    probe.setBoolParameter(ProcessingElement::syncToHostId(), true);
     ASSERT_TRUE(syncsToHost(&probe));
     for (const ParameterMapper* m : {(const ParameterMapper*) &linear, (const ParameterMapper*) &log})
     {
@@ -223,12 +197,12 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
             EXPECT_FLOAT_EQ(block[i], noteLength(4 * i + 1));
     }
 
-    probe.sync(false);
+    probe.setBoolParameter(ProcessingElement::syncToHostId(), false);
     v = 0.5f;
     log.map(&probe, v);
     EXPECT_NEAR(v, 0.31622776f, 1e-6f);
 
-    SyncProbe bare(false);
+    test::ProbeElement bare("bare");
     EXPECT_FALSE(syncsToHost(&bare));
     v = 0.25f;
     SyncLinearParameterMapper(0.0f, 2.0f).map(&bare, v);
@@ -238,9 +212,9 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
 
 TEST(SyncedOwner, TextFormsFollowTheSwitch)
 {
-    SyncProbe probe(true);
+    test::SyncedProbe probe;
     EXPECT_EQ(floatValueToText(6, 0.0f, 2000.0f, 500.0f, &probe), "500 ms");
-    probe.sync(true);
+    probe.setBoolParameter(ProcessingElement::syncToHostId(), true);
     EXPECT_EQ(floatValueToText(6, 0.0f, 2000.0f, 0.5f, &probe), "1/8");
     EXPECT_EQ(floatValueToText(5, 0.0f, 2000.0f, 0.5f, &probe), "500 us");
 
