@@ -5,11 +5,8 @@
 // to the window (monitor, flange position, output levels) and the parameter
 // notifications are race-free; in any build the pictures must have moved.
 #include "editor/EditorTestRig.h"
+#include "support/RenderLoop.h"
 
-#include <atomic>
-#include <chrono>
-#include <cmath>
-#include <thread>
 
 using namespace oxa;
 using oxa::test::clickOn;
@@ -54,25 +51,9 @@ TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
     ASSERT_TRUE(panel.isReelRunning());
     const float reelTimeBefore = panel.getReelTime();
 
+    test::RenderLoop audio(plugin, std::chrono::minutes(10));
     std::atomic<bool> running {true};
-    std::atomic<long> blocks {0}, writes {0}, nonFinite {0};
-    std::thread audio([&] {
-        juce::AudioBuffer<float> buffer(2, blockSize);
-        juce::MidiBuffer midi;
-        juce::Random random(11);
-        while (running.load())
-        {
-            for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < blockSize; ++i)
-                    buffer.setSample(c, i, 0.5f * (random.nextFloat() - 0.5f));
-            midi.clear();
-            plugin.processBlock(buffer, midi);
-            for (int c = 0; c < 2; ++c)
-                if (!std::isfinite(buffer.getSample(c, blockSize - 1)))
-                    nonFinite.fetch_add(1, std::memory_order_relaxed);
-            blocks.fetch_add(1, std::memory_order_relaxed);
-        }
-    });
+    std::atomic<long> writes {0};
     std::thread host([&] {
         juce::Random random(5);
         while (running.load())
@@ -103,13 +84,13 @@ TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
         flangeHigh = std::max(flangeHigh, position);
     }
     running = false;
-    audio.join();
+    audio.stop();
     host.join();
     juce::MessageManager::getInstance()->runDispatchLoopUntil(20);
 
-    EXPECT_GT(blocks.load(), 0);
+    EXPECT_GT(audio.blocks.load(), 0);
     EXPECT_GT(writes.load(), 0);
-    EXPECT_EQ(nonFinite.load(), 0);
+    EXPECT_EQ(audio.nonFinite.load(), 0);
     // Every live picture took data while the threads ran.
     EXPECT_GT(tracePoints, 0u);
     EXPECT_LT(flangeLow, flangeHigh) << "the flange picture never moved";

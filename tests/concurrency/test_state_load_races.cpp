@@ -4,6 +4,7 @@
 // ThreadSanitizer or AddressSanitizer no report may appear; in any build every state
 // set reads back exactly when setStateInformation returns.
 #include "plugin/FluxDeckPlugin.h"
+#include "support/RenderLoop.h"
 #include "support/StateChunks.h"
 
 #include <gtest/gtest.h>
@@ -99,18 +100,7 @@ TEST(StateLoadRaces, HostCallsInAnyOrderFromAnyThread)
     std::atomic<bool> finished {false};
 
     std::thread host([&] {
-        std::atomic<bool> rendering {true};
-        Worker audio(rendering, [&](juce::Random& r) {
-            juce::AudioBuffer<float> buffer(2, blockSize);
-            juce::MidiBuffer midi;
-            for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < blockSize; ++i)
-                    buffer.setSample(c, i, r.nextFloat() - 0.5f);
-            plugin.processBlock(buffer, midi);
-            if (!std::isfinite(buffer.getMagnitude(0, blockSize)))
-                nonFinite.fetch_add(1);
-            blocks.fetch_add(1);
-        });
+        test::RenderLoop audio(plugin, 2 * runLength);
 
         const auto end = Clock::now() + runLength;
         juce::Random order(5);
@@ -163,7 +153,9 @@ TEST(StateLoadRaces, HostCallsInAnyOrderFromAnyThread)
                 }
             }
         }
-        rendering = false;
+        audio.stop();
+        blocks = audio.blocks.load();
+        nonFinite = audio.nonFinite.load();
         finished = true;
     });
 
