@@ -6,35 +6,7 @@ namespace oxa::host::testing
 {
 namespace
 {
-constexpr double kRate = 48000.0;
 constexpr int kBlock = 256;
-
-/** An instance prepared for stereo, with its renderer. */
-struct PreparedPlugin : HostedInstance
-{
-    PreparedPlugin() : HostedInstance(kRate, kBlock) {}
-
-    std::vector<float> values() const
-    {
-        std::vector<float> result;
-        for (auto* parameter : effectParameters(*plugin))
-            result.push_back(parameter->getValue());
-        return result;
-    }
-
-    juce::MemoryBlock state() const
-    {
-        juce::MemoryBlock chunk;
-        plugin->getStateInformation(chunk);
-        return chunk;
-    }
-
-    void restore(const juce::MemoryBlock& chunk)
-    {
-        plugin->setStateInformation(chunk.getData(), (int) chunk.getSize());
-        settle();
-    }
-};
 
 /** Moves every parameter away from its default, each to a different place; switches are
     turned away from theirs. Choices get one of their own steps: the host keeps what it
@@ -71,7 +43,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
     {
         SCOPED_TRACE(flipSwitches ? "every parameter moved" : "every switch on");
         // The session as the user left it, audio already played.
-        PreparedPlugin original;
+        HostedInstance original;
         ASSERT_NE(original.plugin, nullptr);
         scatterParameters(*original.plugin, 0.3f, flipSwitches);
         original.settle();
@@ -79,7 +51,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
         const auto chunk = original.state();
 
         // The same project opened again in a fresh instance.
-        PreparedPlugin reopened;
+        HostedInstance reopened;
         ASSERT_NE(reopened.plugin, nullptr);
         reopened.restore(chunk);
         expectSameValues(reopened.values(), original.values(), "reopened");
@@ -113,7 +85,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
 
 TEST(HostedState, CorruptChunksLeaveTheCurrentStateInPlace)
 {
-    PreparedPlugin prepared;
+    HostedInstance prepared;
     ASSERT_NE(prepared.plugin, nullptr);
 
     scatterParameters(*prepared.plugin, 0.3f);
