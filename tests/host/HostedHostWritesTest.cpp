@@ -1,5 +1,5 @@
-// Host writes as a DAW sends them through the bundle: a save with no block after the
-// writes, and the plug-in's own bypass.
+// Host writes as a DAW sends them through the bundle: several in one block, a save
+// with no block after the writes, and the plug-in's own bypass.
 
 #include "HostedPluginSupport.h"
 
@@ -50,6 +50,28 @@ struct Hosted : HostedInstance
     }
 };
 } // namespace
+
+TEST(HostedHostWrites, TwoWritesInOneBlockKeepTheirMeaning)
+{
+    Hosted hosted;
+    ASSERT_NE(hosted.plugin, nullptr);
+    hosted.write("Manual Flange", 0.75f);
+    hosted.oneBlock();
+
+    // The position first, then the mode that would reset it.
+    hosted.write("Manual Flange", 0.625f);
+    hosted.write("Flange Mode", 0.0f);
+    // With the link on the encoder moves the decoder; the decoder is then set apart
+    // to where it was, which only a write compared with the moved value keeps.
+    hosted.write("Noise Reduction Encoder", 1.0f / 3.0f);
+    hosted.write("Noise Reduction Decoder", 0.0f);
+    hosted.oneBlock();
+
+    EXPECT_EQ(hosted.text("Flange Mode"), "Manual");
+    EXPECT_EQ(hosted.parameter("Manual Flange").getValue(), 0.625f);
+    EXPECT_EQ(hosted.parameter("Noise Reduction Encoder").getValue(), 1.0f / 3.0f);
+    EXPECT_EQ(hosted.parameter("Noise Reduction Decoder").getValue(), 0.0f);
+}
 
 TEST(HostedHostWrites, ASaveRightAfterAWriteKeepsItsSideEffects)
 {
