@@ -75,10 +75,6 @@ public:
     const AzimuthFilter& getAzimuthFilter() const noexcept { return azimuth; }
     const TrackWidthFilter& getTrackWidthFilter() const noexcept { return trackWidth; }
 
-    // Counts reset() calls, so that a block that worked on copies of the histories can
-    // tell whether a setter cleared them meanwhile.
-    unsigned clearCount() const noexcept { return clears; }
-
 private:
     friend class PlaybackChainsInLanes;
     SpacingFilter spacing;
@@ -86,6 +82,8 @@ private:
     AzimuthFilter azimuth;
     TrackWidthFilter trackWidth;
     bool on = true;
+    // Counts reset() calls, so that a block that worked on copies of the histories can
+    // tell whether a setter cleared them meanwhile.
     unsigned clears = 0;
 };
 
