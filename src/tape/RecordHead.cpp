@@ -1,5 +1,6 @@
 #include "tape/RecordHead.h"
 
+#include "tape/GateTanh.h"
 #include "tape/Lanes.h"
 
 #include <algorithm>
@@ -11,10 +12,6 @@ namespace oxa
 {
 namespace
 {
-// From this argument on tanhf gives exactly 1, so the gate skips the call: checked over
-// every float from here to 10 against the C library's tanhf, and the float just below
-// gives less than 1 (a test keeps watching both on the library the build links).
-constexpr float tanhfSaturation = 0x1.205968p+3f; // 9.0109138
 constexpr int maxPasses = 10;
 constexpr double tolerance = 1e-6;
 
@@ -51,6 +48,29 @@ inline T newtonStep(T drivenH, T m0, T f0, T fsOverK, T a, T x, T& correction) n
     const T mean = (antiderivative(s, a) - f0) * inverseStep;
     correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
     return x - correction;
+}
+// Scales each noise sample by its gate's tanh, for up to four heads at once; a gate at
+// or beyond saturation passes its noise whole, as withNoise() does.
+template <int Heads>
+inline void gateNoise(const float* opening, float* noise) noexcept
+{
+    static_assert(Heads >= 1 && Heads <= 4, "one register holds four gates");
+#if defined(__SSE2__)
+    const __m128 openings = _mm_loadu_ps(opening);
+    const __m128 closing = _mm_cmplt_ps(openings, _mm_set1_ps(gateTanhSaturation));
+    const int closingLanes = _mm_movemask_ps(closing) & ((1 << Heads) - 1);
+    if (closingLanes == 0)
+        return;
+    alignas(16) float factor[4];
+    _mm_store_ps(factor, gateTanh(openings));
+    for (int i = 0; i < Heads; ++i)
+        if ((closingLanes >> i) & 1)
+            noise[i] *= factor[i];
+#else
+    for (int i = 0; i < Heads; ++i)
+        if (opening[i] < gateTanhSaturation)
+            noise[i] *= gateTanh(opening[i]);
+#endif
 }
 } // namespace
 
@@ -132,7 +152,7 @@ double RecordHead::smallSignalGain(double frequency, double hardness, double res
 
 float RecordHead::gateSaturation() noexcept
 {
-    return tanhfSaturation;
+    return gateTanhSaturation;
 }
 
 float RecordHead::nextNoise() noexcept
@@ -163,18 +183,27 @@ float RecordHead::nextNoise() noexcept
     return (w + total) * 0.25f;
 }
 
+float RecordHead::gateOpening(double h) noexcept
+{
+    if (!gateOn)
+        return gateTanhSaturation; // wide open: the gate's tanh is exactly 1 there
+    gateEnvelope = static_cast<float>(std::fabs(h) * (1.0 - gateCoefficient) + gateCoefficient * gateEnvelope);
+    return static_cast<float>(gateEnvelope) * 100.0f;
+}
+
+double RecordHead::withGatedNoise(double h, float gatedNoise) noexcept
+{
+    input = gatedNoise * noiseLevel + h;
+    return input;
+}
+
 double RecordHead::withNoise(double h) noexcept
 {
     float noise = nextNoise();
-    if (gateOn)
-    {
-        gateEnvelope = static_cast<float>(std::fabs(h) * (1.0 - gateCoefficient) + gateCoefficient * gateEnvelope);
-        const float opening = static_cast<float>(gateEnvelope) * 100.0f;
-        if (opening < tanhfSaturation)
-            noise *= std::tanh(opening);
-    }
-    input = noise * noiseLevel + h;
-    return input;
+    const float opening = gateOpening(h);
+    if (opening < gateTanhSaturation)
+        noise *= gateTanh(opening);
+    return withGatedNoise(h, noise);
 }
 
 inline double RecordHead::newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
@@ -266,14 +295,22 @@ void RecordHead::solvePairsInLanes(RecordHead* const* heads, double* h) noexcept
             processPair(*heads[i], *heads[i + 1], h[i], h[i + 1]);
         return;
     }
+    // The gates of all heads in one register: the same factors as withNoise() gives.
+    float noise[4], opening[4] = {gateTanhSaturation, gateTanhSaturation, gateTanhSaturation, gateTanhSaturation};
+    for (int i = 0; i < 2 * Pairs; ++i)
+    {
+        noise[i] = heads[i]->nextNoise();
+        opening[i] = heads[i]->gateOpening(h[i]);
+    }
+    gateNoise<2 * Pairs>(opening, noise);
     Lanes driven[Pairs], m0[Pairs], a[Pairs], f0[Pairs], fsOverK[Pairs], x[Pairs];
     LaneMask running[Pairs];
     for (int p = 0; p < Pairs; ++p)
     {
         RecordHead& first = *heads[2 * p];
         RecordHead& second = *heads[2 * p + 1];
-        const double drivenFirst = first.withNoise(h[2 * p]);
-        driven[p] = Lanes(drivenFirst, second.withNoise(h[2 * p + 1]));
+        driven[p] = Lanes(first.withGatedNoise(h[2 * p], noise[2 * p]),
+                          second.withGatedNoise(h[2 * p + 1], noise[2 * p + 1]));
         m0[p] = Lanes(first.magnetisation, second.magnetisation);
         a[p] = Lanes(first.a, second.a);
         f0[p] = antiderivative(m0[p], a[p]);

@@ -71,12 +71,16 @@ struct RecordHead
 
     float nextNoise() noexcept;
 
-    // The gate's opening from which its tanhf is exactly 1 and is not called.
+    // The gate's opening from which its tanh is exactly 1 and is not computed.
     static float gateSaturation() noexcept;
 
 private:
     // H plus gated noise; stored in input.
     double withNoise(double h) noexcept;
+    // Moves the gate's follower on by one sample and gives the argument of its tanh.
+    float gateOpening(double h) noexcept;
+    // H plus noise already gated; stored in input.
+    double withGatedNoise(double h, float gatedNoise) noexcept;
     // One Newton pass from x towards H; returns the new x, sets correction.
     double newtonPass(double drivenH, double m0, double f0, double fsOverK, double x,
                       double& correction) const noexcept;
