@@ -49,6 +49,7 @@ inline T newtonStep(T drivenH, T m0, T f0, T fsOverK, T a, T x, T& correction) n
     correction = -(drivenH - mean - fsOverK * x) / ((anhysteretic(s, a) - mean) * inverseStep + fsOverK + 1e-16);
     return x - correction;
 }
+
 // Scales each noise sample by its gate's tanh, for up to four heads at once; a gate at
 // or beyond saturation passes its noise whole, as withNoise() does.
 template <int Heads>
