@@ -116,6 +116,16 @@ inline __m128 expMinusOne(__m128 y) noexcept
 }
 } // namespace gate_tanh_detail
 
+// Below this (zero and denormals included) tanhf is x (1 + x): the gate sits there in
+// silence, where the whole formula would be wasted.
+constexpr float gateTanhTiny = 0x1p-55f;
+
+// gateTanh for lanes that are all below gateTanhTiny.
+inline __m128 gateTanhOfTiny(__m128 value) noexcept
+{
+    return _mm_mul_ps(_mm_add_ps(_mm_set1_ps(1.0f), value), value);
+}
+
 // tanhf of each lane, bit for bit as the C library gives it.
 inline __m128 gateTanh(__m128 value) noexcept
 {
@@ -133,9 +143,8 @@ inline __m128 gateTanh(__m128 value) noexcept
     __m128 result = select(belowOne, small, large);
     result = select(_mm_cmplt_ps(magnitude, _mm_set1_ps(gateTanhSaturation)), result, one);
     result = _mm_xor_ps(result, _mm_and_ps(signBit, value));
-    // Below 2^-55 (zero and denormals included) the library gives x (1 + x).
     const __m128 tiny = _mm_castsi128_ps(_mm_cmplt_epi32(_mm_castps_si128(magnitude), _mm_set1_epi32(0x24000000)));
-    result = select(tiny, _mm_mul_ps(_mm_add_ps(one, value), value), result);
+    result = select(tiny, gateTanhOfTiny(value), result);
     // A NaN stays NaN.
     return select(_mm_cmpunord_ps(value, value), value, result);
 }
@@ -143,7 +152,10 @@ inline __m128 gateTanh(__m128 value) noexcept
 // The same for one argument: the plain path gets what the lanes get.
 inline float gateTanh(float value) noexcept
 {
-    return _mm_cvtss_f32(gateTanh(_mm_set_ss(value)));
+    const __m128 lane = _mm_set_ss(value);
+    if (std::fabs(value) < gateTanhTiny)
+        return _mm_cvtss_f32(gateTanhOfTiny(lane));
+    return _mm_cvtss_f32(gateTanh(lane));
 }
 #else
 inline float gateTanh(float value) noexcept

@@ -62,8 +62,9 @@ inline void gateNoise(const float* opening, float* noise) noexcept
     const int closingLanes = _mm_movemask_ps(closing) & ((1 << Heads) - 1);
     if (closingLanes == 0)
         return;
+    const int tinyLanes = _mm_movemask_ps(_mm_cmplt_ps(_mm_andnot_ps(_mm_set1_ps(-0.0f), openings), _mm_set1_ps(gateTanhTiny)));
     alignas(16) float factor[4];
-    _mm_store_ps(factor, gateTanh(openings));
+    _mm_store_ps(factor, (tinyLanes & closingLanes) == closingLanes ? gateTanhOfTiny(openings) : gateTanh(openings));
     for (int i = 0; i < Heads; ++i)
         if ((closingLanes >> i) & 1)
             noise[i] *= factor[i];
