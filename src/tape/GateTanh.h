@@ -137,10 +137,9 @@ inline __m128 gateTanh(__m128 value) noexcept
     const __m128 belowOne = _mm_cmplt_ps(magnitude, one);
 
     const __m128 e = expMinusOne(select(belowOne, _mm_mul_ps(magnitude, _mm_set1_ps(-2.0f)), _mm_add_ps(magnitude, magnitude)));
-    const __m128 ePlusTwo = _mm_add_ps(e, two);
-    const __m128 small = _mm_div_ps(_mm_xor_ps(e, signBit), ePlusTwo);
-    const __m128 large = _mm_sub_ps(one, _mm_div_ps(two, ePlusTwo));
-    __m128 result = select(belowOne, small, large);
+    // One division serves both formulas: -e/(e + 2) below 1, 2/(e + 2) above.
+    const __m128 quotient = _mm_div_ps(select(belowOne, _mm_xor_ps(e, signBit), two), _mm_add_ps(e, two));
+    __m128 result = select(belowOne, quotient, _mm_sub_ps(one, quotient));
     result = select(_mm_cmplt_ps(magnitude, _mm_set1_ps(gateTanhSaturation)), result, one);
     result = _mm_xor_ps(result, _mm_and_ps(signBit, value));
     const __m128 tiny = _mm_castsi128_ps(_mm_cmplt_epi32(_mm_castps_si128(magnitude), _mm_set1_epi32(0x24000000)));
