@@ -57,7 +57,10 @@ inline void gateNoise(const float* opening, float* noise) noexcept
 {
     static_assert(Heads >= 1 && Heads <= 4, "one register holds four gates");
 #if defined(__SSE2__)
-    const __m128 openings = _mm_loadu_ps(opening);
+    // Gathered lane by lane: the openings were just stored one float at a time, and one
+    // 16-byte load of them would wait for the stores to drain.
+    const __m128 openings = _mm_unpacklo_ps(_mm_unpacklo_ps(_mm_set_ss(opening[0]), _mm_set_ss(opening[2])),
+                                            _mm_unpacklo_ps(_mm_set_ss(opening[1]), _mm_set_ss(opening[3])));
     const __m128 closing = _mm_cmplt_ps(openings, _mm_set1_ps(gateTanhSaturation));
     const int closingLanes = _mm_movemask_ps(closing) & ((1 << Heads) - 1);
     if (closingLanes == 0)
