@@ -108,7 +108,7 @@ public:
           driveGain(d.appliedDrive),
           noiseGain(d.noiseGain),
           share(LfoMode ? 0.5 : outputShare),
-          fading(d.driveFade.isMoving()),
+          fading(d.driveHandover.isRunning()),
           ramping(d.makeupRamp.isMoving()),
           makeup(d.makeupRamp.value()),
           lfoIncrement(static_cast<float>(d.lfoRate / d.sampleRate)),
@@ -188,11 +188,13 @@ public:
     {
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
-        // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        double v = decoded / makeup;
+        // it leaves with. During a Drive fade each record path has filters of its own: the
+        // filters' slowest pole remembers a quarter of a second, and fed with the mix they
+        // would carry the fade's blend on long after it ended.
+        double v = deck.playbackFilters.process(decoded / makeup);
         if (fading)
             v = fadeFromOutgoing(v);
-        v = TapeCeiling::apply(deck.playbackFilters.process(v));
+        v = TapeCeiling::apply(v);
         outRing[writeIndex] = v;
 
         if (ramping)
@@ -221,24 +223,23 @@ public:
     }
 
 private:
-    // The old record path, at the old drive and makeup, on the same tape read.
+    // The old record path, at the old drive and makeup, on the same tape read, through
+    // its own playback filters.
     double recordOutgoing(double r) noexcept
     {
         OutgoingRecordPath& path = deck.outgoing;
         const double saturated = tapeTanh(r * path.drive * 0.01) * 100.0;
         path.recordHead.noiseLevel = path.makeup * noiseGain;
         const double recorded = path.recordHead.process(encodeStage<Encoder, InLanes>(path, saturated));
-        return decodeStage<Decoder, InLanes>(path, recorded) / path.makeup;
+        return path.playbackFilters.process(decodeStage<Decoder, InLanes>(path, recorded) / path.makeup);
     }
 
-    // Mixes the two paths with an S-curve, so the fade starts and ends without a corner.
+    // The old path alone while the new one warms up unheard, then the fade between them.
     double fadeFromOutgoing(double incoming) noexcept
     {
-        const double t = static_cast<double>(deck.driveFade.value());
-        const double shaped = t * t * (3.0 - 2.0 * t);
-        deck.driveFade.advance(1);
-        fading = deck.driveFade.isMoving();
-        return outgoingValue + shaped * (incoming - outgoingValue);
+        const double share = deck.driveHandover.nextShare();
+        fading = deck.driveHandover.isRunning();
+        return deck.outgoing.crossfade.mix(outgoingValue, incoming, share);
     }
 
     double flangePhaseAt(float t) const noexcept

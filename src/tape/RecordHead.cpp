@@ -2,7 +2,6 @@
 
 #include "tape/Lanes.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -41,29 +40,6 @@ inline T newtonStep(T drivenH, T m0, T f0, T fsOverK, T a, T x, T& correction) n
     return x - correction;
 }
 } // namespace
-
-void RecordHead::rescaleField(double factor) noexcept
-{
-    // Solves G(M') = factor * G(M). G is odd, increasing and convex for positive M, so
-    // Newton from above (both bounds below are above the root) closes in monotonically.
-    const double target = factor * anhysteretic(std::fabs(magnetisation), a);
-    const double slope = a - 0.855722502;
-    if (!(target > 0.0) || !(slope > 0.0) || !std::isfinite(target))
-    {
-        step *= factor;
-        return;
-    }
-    double m = std::min(target / slope, std::cbrt(target / 0.0899112184));
-    for (int pass = 0; pass < 8; ++pass)
-    {
-        const double correction = (anhysteretic(m, a) - target) / (slope + 3.0 * 0.0899112184 * m * m);
-        m -= correction;
-        if (std::fabs(correction) <= 1e-12 * m)
-            break;
-    }
-    magnetisation = std::copysign(m, magnetisation);
-    step *= factor;
-}
 
 void RecordHead::prepare(double newSampleRate)
 {
