@@ -4,7 +4,7 @@
 // 64-sample blocks; then the cost of each deck stage on its own and the memory an
 // instance holds. A report, not a test: nothing here fails on a slow machine.
 //
-//   fluxdeck_perf [--seconds S] [--repeats N] [--only NAME]
+//   fluxdeck_perf [--seconds S] [--repeats N] [--only NAME] [--table-only]
 //
 // Each figure is the best of N runs over S seconds of audio (after a warm-up that fills
 // the tape and lets feedback build up), in processor time of the rendering thread, so a
@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <ctime>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -49,6 +50,7 @@ struct Options
     double seconds = 8.0;
     int repeats = 3;
     std::string only; // run only the settings whose name holds this
+    bool tableOnly = false; // the main table alone: what a profiler should see
 };
 
 // ---- the settings measured ----
@@ -392,26 +394,66 @@ void printMemory(const Programme& programme)
                 static_cast<long long>(after) - static_cast<long long>(settled));
 }
 
-Options parse(int argc, char** argv)
+constexpr const char* usage = "usage: fluxdeck_perf [--seconds S] [--repeats N] [--only NAME] [--table-only]";
+
+// Every option but --table-only takes a value; anything else is a mistake worth stopping for, since a
+// silently ignored option would leave a table taken with settings nobody asked for.
+bool parse(int argc, char** argv, Options& options)
 {
-    Options options;
-    for (int i = 1; i + 1 < argc; i += 2)
+    for (int i = 1; i < argc; i += 2)
     {
-        if (std::strcmp(argv[i], "--seconds") == 0)
-            options.seconds = std::max(0.5, std::atof(argv[i + 1]));
-        else if (std::strcmp(argv[i], "--repeats") == 0)
-            options.repeats = std::max(1, std::atoi(argv[i + 1]));
-        else if (std::strcmp(argv[i], "--only") == 0)
-            options.only = argv[i + 1];
+        const char* name = argv[i];
+        if (std::strcmp(name, "--table-only") == 0)
+        {
+            options.tableOnly = true;
+            --i;
+            continue;
+        }
+        if (i + 1 >= argc)
+        {
+            std::fprintf(stderr, "fluxdeck_perf: %s needs a value; %s\n", name, usage);
+            return false;
+        }
+        const char* value = argv[i + 1];
+        char* end = nullptr;
+        if (std::strcmp(name, "--seconds") == 0)
+        {
+            const double seconds = std::strtod(value, &end);
+            if (end == value || *end != '\0' || !(seconds > 0.0))
+            {
+                std::fprintf(stderr, "fluxdeck_perf: bad --seconds '%s'; %s\n", value, usage);
+                return false;
+            }
+            options.seconds = std::max(0.5, seconds);
+        }
+        else if (std::strcmp(name, "--repeats") == 0)
+        {
+            const long repeats = std::strtol(value, &end, 10);
+            if (end == value || *end != '\0' || repeats < 1 || repeats > 1000)
+            {
+                std::fprintf(stderr, "fluxdeck_perf: bad --repeats '%s'; %s\n", value, usage);
+                return false;
+            }
+            options.repeats = static_cast<int>(repeats);
+        }
+        else if (std::strcmp(name, "--only") == 0)
+            options.only = value;
+        else
+        {
+            std::fprintf(stderr, "fluxdeck_perf: unknown option '%s'; %s\n", name, usage);
+            return false;
+        }
     }
-    return options;
+    return true;
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
+    Options options;
+    if (!parse(argc, argv, options))
+        return 2;
     juce::ScopedJuceInitialiser_GUI juce;
-    const Options options = parse(argc, argv);
     const Programme programme(std::max(options.seconds, 10.0));
     std::printf("Stereo 48 kHz, pink noise at -18 dBFS with drum hits; best of %d runs of %.1f s\n",
                 options.repeats, options.seconds);
@@ -438,6 +480,8 @@ int main(int argc, char** argv)
         }
         std::printf("\n");
     }
+    if (options.tableOnly)
+        return 0;
     std::printf("\nDecks alone at 512, reference solvers against solvers in lanes:\n");
     for (const Setting& setting : settings())
     {

@@ -26,17 +26,35 @@ public:
 
     double process (double x) noexcept
     {
-        const uint32_t first = (position + ringSize - delay) % ringSize;
-        const uint32_t second = (first + ringSize - 1) % ringSize;
-        const double y = g0 * x + g1 * ring[first] + g2 * ring[second] - p1 * y1 - p2 * y2;
+        const uint32_t first = olderTap (position, delay);
+        const uint32_t second = oldestTap (first);
+        const double y = combine (g0, g1, g2, p1, p2, x, ring[first], ring[second], y1, y2);
         ring[position] = x;
-        position = (position + 1) % ringSize;
+        position = nextPosition (position);
+        return y;
+    }
+
+    // Ring arithmetic without a division: position < ringSize and 1 <= delay < ringSize.
+    static uint32_t olderTap (uint32_t position, uint32_t delay) noexcept
+    {
+        return position >= delay ? position - delay : position + ringSize - delay;
+    }
+    static uint32_t oldestTap (uint32_t older) noexcept { return older == 0 ? ringSize - 1 : older - 1; }
+    static uint32_t nextPosition (uint32_t position) noexcept { return position + 1 == ringSize ? 0 : position + 1; }
+
+    // The comb and the integrator for a double or for lanes of several decks, in the same
+    // operations; older and oldest are the ring's two taps. Moves the integrator's history on.
+    template <class T>
+    static T combine (T g0, T g1, T g2, T p1, T p2, T x, T older, T oldest, T& y1, T& y2) noexcept
+    {
+        const T y = g0 * x + g1 * older + g2 * oldest - p1 * y1 - p2 * y2;
         y2 = y1;
         y1 = y;
         return y;
     }
 
 private:
+    friend class PlaybackChainsInLanes;
     void redesign() noexcept;
 
     double sampleRate = 48000.0;

@@ -47,16 +47,61 @@ inline double decodeStage(Path& path, double h) noexcept
         return h;
 }
 
-// The same stages for the four decks of a stereo pair at once: the solvers of the
-// heavy types take their steps side by side.
-template <int Type>
-inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
+// The compander sidechains of a stereo pair's four decks in lanes, two decks a register,
+// made once a block: a sample then gathers only what moves (histories and charges).
+// Types that solve nothing in lanes hold nothing.
+template <int Type, bool Decoding>
+struct SidechainLanes
 {
-    if constexpr (Type == 3)
+    explicit SidechainLanes(TapeDeck* const*) noexcept {}
+};
+
+template <bool Decoding>
+struct SidechainLanes<2, Decoding>
+{
+    explicit SidechainLanes(TapeDeck* const* decks) noexcept
+        : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])}
+    {
+    }
+    static ThreeBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
+    {
+        return Decoding ? ThreeBandCompander::decoderLanes(first.threeBand, second.threeBand)
+                        : ThreeBandCompander::encoderLanes(first.threeBand, second.threeBand);
+    }
+    ThreeBandSidechain::TwoInLanes pairs[2];
+};
+
+template <bool Decoding>
+struct SidechainLanes<3, Decoding>
+{
+    explicit SidechainLanes(TapeDeck* const* decks) noexcept
+        : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])}
+    {
+    }
+    static SlidingBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
+    {
+        return Decoding ? SlidingBandCompander::decoderLanes(first.slidingBand, second.slidingBand)
+                        : SlidingBandCompander::encoderLanes(first.slidingBand, second.slidingBand);
+    }
+    SlidingBandSidechain::TwoInLanes pairs[2];
+};
+
+// The same stages for the four decks of a stereo pair at once: the heavy types take
+// their steps side by side.
+template <int Type>
+inline void encodeFour(TapeDeck* const* decks, double* h, SidechainLanes<Type, false>& sides) noexcept
+{
+    if constexpr (Type == 2)
+    {
+        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
+                                                  &decks[3]->threeBand};
+        ThreeBandCompander::encodeFourInLanes(companders, h, sides.pairs);
+    }
+    else if constexpr (Type == 3)
     {
         SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
                                                     &decks[2]->slidingBand, &decks[3]->slidingBand};
-        SlidingBandCompander::encodeFourInLanes(companders, h);
+        SlidingBandCompander::encodeFourInLanes(companders, h, sides.pairs);
     }
     else
     {
@@ -66,19 +111,19 @@ inline void encodeFour(TapeDeck* const* decks, double* h) noexcept
 }
 
 template <int Type>
-inline void decodeFour(TapeDeck* const* decks, double* h) noexcept
+inline void decodeFour(TapeDeck* const* decks, double* h, SidechainLanes<Type, true>& sides) noexcept
 {
     if constexpr (Type == 2)
     {
         ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
                                                   &decks[3]->threeBand};
-        ThreeBandCompander::decodeFourInLanes(companders, h);
+        ThreeBandCompander::decodeFourInLanes(companders, h, sides.pairs);
     }
     else if constexpr (Type == 3)
     {
         SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
                                                     &decks[2]->slidingBand, &decks[3]->slidingBand};
-        SlidingBandCompander::decodeFourInLanes(companders, h);
+        SlidingBandCompander::decodeFourInLanes(companders, h, sides.pairs);
     }
     else
     {
@@ -98,6 +143,7 @@ public:
           outRing(d.outputRing.data()),
           history(d.speedHistory.data()),
           ringLength(d.ringLength),
+          deepest(TapeHead::deepestDelay(d.ringLength)),
           historyLength(d.speedHistory.size()),
           s(d.sampleCounter),
           writeIndex(d.sampleCounter % d.ringLength),
@@ -131,6 +177,13 @@ public:
     // beforeHead() up to the encoder: returns what goes into it.
     inline double beforeEncoder(float input, float* deviation) noexcept
     {
+        return tapeTanh(beforeSaturator(input, deviation)) * 100.0;
+    }
+
+    // beforeEncoder() up to the saturator: tape write, ticks, head reads. Returns the
+    // saturator's argument; what goes into the encoder is tapeTanh of it times 100.
+    inline double beforeSaturator(float input, float* deviation) noexcept
+    {
         const auto offset = static_cast<std::uint32_t>(s & 31u);
         if (inputGliding)
         {
@@ -160,20 +213,19 @@ public:
 
         // The feedback head's read of the input tape has weight 0 and is left out.
         const double forwardDelay = forwardSlope * offset + forwardBase;
-        double r = TapeHead::readAt(inRing, ringLength, writeIndex, forwardDelay);
+        double r = TapeHead::readWithin(inRing, ringLength, deepest, writeIndex, forwardDelay);
         if (feedbackGain != 0.0)
         {
             const double feedbackDelay = feedbackSlope * offset + feedbackBase;
-            r += feedbackGain * TapeHead::readAt(outRing, ringLength, writeIndex, feedbackDelay);
+            r += feedbackGain * TapeHead::readWithin(outRing, ringLength, deepest, writeIndex, feedbackDelay);
         }
 
         if (fading)
             outgoingValue = recordOutgoing(r);
         if (ramping)
             makeup = deck.makeupRamp.value();
-        const double saturated = tapeTanh(r * driveGain * 0.01) * 100.0;
         deck.recordHead.noiseLevel = makeup * noiseGain;
-        return saturated;
+        return r * driveGain * 0.01;
     }
 
     // Second half: decoder, playback response, makeup, tape out. Returns the
@@ -186,15 +238,30 @@ public:
     // afterHead() from what the decoder gave.
     inline float afterDecoder(double decoded) noexcept
     {
+        return afterPlayback(TapeCeiling::apply(afterChain(deck.playbackFilters.process(beforePlayback(decoded)))));
+    }
+
+    // afterDecoder() up to the playback filters: returns what goes into them.
+    inline double beforePlayback(double decoded) noexcept
+    {
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
-        // it leaves with. During a Drive fade each record path has filters of its own: the
-        // filters' slowest pole remembers a quarter of a second, and fed with the mix they
-        // would carry the fade's blend on long after it ended.
-        double v = deck.playbackFilters.process(decoded / makeup);
-        if (fading)
-            v = fadeFromOutgoing(v);
-        v = TapeCeiling::apply(v);
+        // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
+        return decoded / makeup;
+    }
+
+    // The gain beforePlayback() divides out.
+    double makeupGain() const noexcept { return makeup; }
+    // What the playback filters gave, with the old record path faded out during a Drive
+    // hand-over. Each record path has playback filters of its own: their slowest pole
+    // remembers a quarter of a second, and fed with a mix of the two they would carry the
+    // hand-over's blend on long after it ended.
+    inline double afterChain(double v) noexcept { return fading ? fadeFromOutgoing(v) : v; }
+
+    // afterDecoder() from what the playback filters, the hand-over and the ceiling gave:
+    // tape out.
+    inline float afterPlayback(double v) noexcept
+    {
         outRing[writeIndex] = v;
 
         if (ramping)
@@ -273,6 +340,7 @@ private:
     double* outRing;
     double* history;
     std::uint64_t ringLength;
+    double deepest;
     std::uint64_t historyLength;
     std::uint64_t s;
     std::uint64_t writeIndex;

@@ -20,6 +20,7 @@ void Demagnetisation::prepare (double newSampleRate) noexcept
 {
     if (std::isfinite (newSampleRate) && newSampleRate > 0.0)
         sampleRate = newSampleRate;
+    samplePeriod = 1.0 / sampleRate;
     reset();
 }
 
@@ -28,6 +29,7 @@ void Demagnetisation::reset() noexcept
     degradePair.seed (seedA, seedB);
     degradePrevious = degradeNext = 0.0;
     std::fill (curve, curve + 4, 0.0);
+    curveStaysFinite = boundedCurve();
     sectionStart = 0;
     sectionLength = static_cast<uint64_t> (sampleRate / degradeRate);
     segmentSamples = samplesPerSegment();
@@ -75,6 +77,34 @@ void Demagnetisation::beginSegment (uint64_t sampleIndex, uint64_t segmentLength
     curve[2] = 3.0 * q * (2.0 * t0 + d);
     curve[1] = -6.0 * q * (d + t0) * t0;
     curve[0] = degradePrevious + q * (3.0 * d + 2.0 * t0) * t0 * t0;
+    curveStaysFinite = boundedCurve();
+}
+
+bool Demagnetisation::boundedCurve() const noexcept
+{
+    // t stays below 2^64 / sampleRate seconds; with coefficients below 1e200 and a sample
+    // rate of at least 1 Hz the cubic cannot overflow.
+    bool bounded = sampleRate >= 1.0;
+    for (double c : curve)
+        bounded = bounded && std::abs (c) <= 1e200;
+    return bounded;
+}
+
+uint64_t Demagnetisation::nextSegmentStart (uint64_t s, uint64_t segmentLength) noexcept
+{
+    // Samples come one by one, so the boundary found last time holds while the section
+    // and the segment length stay and s has not passed it or gone back more than a
+    // segment; anything else (a new section, a setter, a jump) finds it afresh.
+    const bool stale = boundarySection != sectionStart || boundaryStep != segmentLength || s > segmentBoundary
+                       || segmentBoundary - s >= segmentLength;
+    if (stale)
+    {
+        const uint64_t past = (s - sectionStart) % segmentLength;
+        segmentBoundary = past == 0 ? s : s + (segmentLength - past);
+        boundarySection = sectionStart;
+        boundaryStep = segmentLength;
+    }
+    return segmentBoundary;
 }
 
 double Demagnetisation::gainAt (uint64_t s) noexcept
@@ -89,11 +119,19 @@ double Demagnetisation::gainAt (uint64_t s) noexcept
     double v = 0.0;
     if (s >= sectionStart && s < sectionStart + sectionLength)
     {
-        if ((s - sectionStart) % segmentLength == 0)
+        if (s == nextSegmentStart (s, segmentLength))
+        {
             beginSegment (s, segmentLength);
+            segmentBoundary = s + segmentLength;
+        }
 
-        const double t = static_cast<double> (s) * (1.0 / sampleRate);
-        v = ((curve[3] * t + curve[2]) * t + curve[1]) * t + curve[0];
+        // At depth 0 any finite dip gives a gain of exactly 1, so a curve known to stay
+        // finite need not be evaluated.
+        if (degradeDepth != 0.0 || ! curveStaysFinite)
+        {
+            const double t = static_cast<double> (s) * samplePeriod;
+            v = ((curve[3] * t + curve[2]) * t + curve[1]) * t + curve[0];
+        }
     }
 
     return std::clamp (1.0 - v * degradeDepth, 0.0, 1.0);

@@ -42,6 +42,11 @@ public:
 private:
     uint64_t samplesPerSegment() const noexcept;
     void beginSegment (uint64_t sampleIndex, uint64_t segmentLength) noexcept;
+    // The first sample at or after s (s inside the section) where a segment begins,
+    // without a 64-bit division per sample.
+    uint64_t nextSegmentStart (uint64_t s, uint64_t segmentLength) noexcept;
+    // True when the curve's coefficients cannot make the cubic overflow.
+    bool boundedCurve() const noexcept;
 
     StageRandom degradePair;
     double degradePrevious = 0.0;
@@ -52,8 +57,14 @@ private:
     uint64_t sectionStart = 0;
     uint64_t sectionLength = 4800;
     double sampleRate = 48000.0;
+    double samplePeriod = 1.0 / 48000.0;
+    bool curveStaysFinite = true;
     // samplesPerSegment() for the current rate: two divisions a sample saved.
     uint64_t segmentSamples = 4800;
+    // What nextSegmentStart() found, and for which section and segment length.
+    uint64_t segmentBoundary = 0;
+    uint64_t boundarySection = ~uint64_t {0};
+    uint64_t boundaryStep = 0;
 };
 
 } // namespace oxa

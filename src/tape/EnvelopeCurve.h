@@ -125,6 +125,14 @@ public:
         return both;
     }
 
+    // What of gather() moves from sample to sample: the two curves' charges.
+    static void gatherCharges (EnvelopeCurveTerms<Lanes>& both, const EnvelopeCurve& first,
+                               const EnvelopeCurve& second) noexcept
+    {
+        both.charge = Lanes (first.k.charge, second.k.charge);
+        both.chargeTerm = Lanes (first.k.chargeTerm, second.k.chargeTerm);
+    }
+
     // follow() on two curves at once, one a lane (both: their gathered terms); each keeps
     // the charge step its own follow() would keep.
     static Lanes followTwo (EnvelopeCurve& first, EnvelopeCurve& second, const EnvelopeCurveTerms<Lanes>& both,

@@ -55,6 +55,9 @@ struct LaneMask
         return {_mm_castsi128_pd(_mm_set_epi64x(second ? -1 : 0, first ? -1 : 0))};
     }
     bool any() const noexcept { return _mm_movemask_pd(v) != 0; }
+    bool every() const noexcept { return _mm_movemask_pd(v) == 3; }
+    bool first() const noexcept { return (_mm_movemask_pd(v) & 1) != 0; }
+    bool second() const noexcept { return (_mm_movemask_pd(v) & 2) != 0; }
     // Lane by lane: whenTrue where the mask holds, whenFalse elsewhere.
     Lanes select(Lanes whenTrue, Lanes whenFalse) const noexcept
     {
@@ -64,6 +67,7 @@ struct LaneMask
 
 inline LaneMask operator<(Lanes a, Lanes b) noexcept { return {_mm_cmplt_pd(a.v, b.v)}; }
 inline LaneMask operator>(Lanes a, Lanes b) noexcept { return {_mm_cmpgt_pd(a.v, b.v)}; }
+inline LaneMask operator<=(Lanes a, Lanes b) noexcept { return {_mm_cmple_pd(a.v, b.v)}; }
 #else
 struct Lanes
 {
@@ -94,6 +98,9 @@ struct LaneMask
     static LaneMask all() noexcept { return {true, true}; }
     static LaneMask of(bool first, bool second) noexcept { return {first, second}; }
     bool any() const noexcept { return a || b; }
+    bool every() const noexcept { return a && b; }
+    bool first() const noexcept { return a; }
+    bool second() const noexcept { return b; }
     Lanes select(Lanes whenTrue, Lanes whenFalse) const noexcept
     {
         return {a ? whenTrue.a : whenFalse.a, b ? whenTrue.b : whenFalse.b};
@@ -102,6 +109,7 @@ struct LaneMask
 
 inline LaneMask operator<(Lanes x, Lanes y) noexcept { return {x.a < y.a, x.b < y.b}; }
 inline LaneMask operator>(Lanes x, Lanes y) noexcept { return {x.a > y.a, x.b > y.b}; }
+inline LaneMask operator<=(Lanes x, Lanes y) noexcept { return {x.a <= y.a, x.b <= y.b}; }
 #endif
 
 // The same choices for one double, so that a formula written once serves both.

@@ -98,6 +98,7 @@ void PlaybackFilterChain::prepare (double sampleRate) noexcept
 
 void PlaybackFilterChain::reset() noexcept
 {
+    ++clears;
     spacing.clear();
     thickness.clear();
     azimuth.clear();

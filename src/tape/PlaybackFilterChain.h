@@ -76,11 +76,15 @@ public:
     const TrackWidthFilter& getTrackWidthFilter() const noexcept { return trackWidth; }
 
 private:
+    friend class PlaybackChainsInLanes;
     SpacingFilter spacing;
     ThicknessFilter thickness;
     AzimuthFilter azimuth;
     TrackWidthFilter trackWidth;
     bool on = true;
+    // Counts reset() calls, so that a block that worked on copies of the histories can
+    // tell whether a setter cleared them meanwhile.
+    unsigned clears = 0;
 };
 
 } // namespace oxa

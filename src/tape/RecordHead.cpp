@@ -4,13 +4,16 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace oxa
 {
 namespace
 {
-// Above this argument tanhf rounds to exactly 1.
-constexpr float tanhfSaturation = 10.0f;
+// From this argument on tanhf gives exactly 1, so the gate skips the call: checked over
+// every float from here to 10 against the C library's tanhf, and the float just below
+// gives less than 1 (a test keeps watching both on the library the build links).
+constexpr float tanhfSaturation = 0x1.205968p+3f; // 9.0109138
 constexpr int maxPasses = 10;
 constexpr double tolerance = 1e-6;
 
@@ -20,6 +23,15 @@ template <class T>
 inline T antiderivative(T m, T a) noexcept
 {
     return (0.0224778046 * m * m + a * 0.5 - 0.427861251) * m * m;
+}
+
+// What the head gives for a step x that ends at magnetisation m.
+template <class T>
+inline T saturatedOutput(T x, T m, T fsOverK) noexcept
+{
+    const T m2 = m * m;
+    const T d = (0.05 * m2 + 0.5) * m2 + 1.0;
+    return x * fsOverK / (d * d);
 }
 
 template <class T>
@@ -94,6 +106,11 @@ double RecordHead::smallSignalGain(double frequency, double hardness, double res
     return denominator > 0.0 ? omega / denominator : 1.0;
 }
 
+float RecordHead::gateSaturation() noexcept
+{
+    return tanhfSaturation;
+}
+
 float RecordHead::nextNoise() noexcept
 {
     // Pink noise: row j changes every 2^j samples.
@@ -149,9 +166,7 @@ inline double RecordHead::commit(double x, double m0, double fsOverK) noexcept
     step = x;
     const double m = m0 + x;
     magnetisation = m;
-    const double m2 = m * m;
-    const double d = (0.05 * m2 + 0.5) * m2 + 1.0;
-    return x * fsOverK / (d * d);
+    return saturatedOutput(x, m, fsOverK);
 }
 
 double RecordHead::process(double h) noexcept
@@ -259,10 +274,21 @@ void RecordHead::solvePairsInLanes(RecordHead* const* heads, double* h) noexcept
             running[p] = running[p] && (abs(correction) > Lanes(tolerance));
         }
     }
+    // commit() for both lanes at once.
     for (int p = 0; p < Pairs; ++p)
     {
-        h[2 * p] = heads[2 * p]->commit(x[p].first(), m0[p].first(), fsOverK[p].first());
-        h[2 * p + 1] = heads[2 * p + 1]->commit(x[p].second(), m0[p].second(), fsOverK[p].second());
+        const LaneMask finite = abs(x[p]) <= Lanes(std::numeric_limits<double>::max());
+        const Lanes kept = finite.select(x[p], Lanes(0.0));
+        const Lanes m = m0[p] + kept;
+        const Lanes out = saturatedOutput(kept, m, fsOverK[p]);
+        RecordHead& first = *heads[2 * p];
+        RecordHead& second = *heads[2 * p + 1];
+        first.step = kept.first();
+        second.step = kept.second();
+        first.magnetisation = m.first();
+        second.magnetisation = m.second();
+        h[2 * p] = out.first();
+        h[2 * p + 1] = out.second();
     }
 }
 

@@ -77,6 +77,9 @@ struct RecordHead
 
     float nextNoise() noexcept;
 
+    // The gate's opening from which its tanhf is exactly 1 and is not called.
+    static float gateSaturation() noexcept;
+
 private:
     // H plus gated noise; stored in input.
     double withNoise(double h) noexcept;

@@ -169,6 +169,16 @@ SlidingBandSidechain::TwoInLanes::TwoInLanes (const SlidingBandSidechain& first,
 {
 }
 
+void SlidingBandSidechain::TwoInLanes::refresh (const SlidingBandSidechain& first,
+                                                const SlidingBandSidechain& second) noexcept
+{
+    fixedHistory = Lanes (first.fixedHistory, second.fixedHistory);
+    i1 = Lanes (first.i1, second.i1);
+    o1 = Lanes (first.o1, second.o1);
+    EnvelopeCurve::gatherCharges (level, first.level, second.level);
+    EnvelopeCurve::gatherCharges (curve, first.curve, second.curve);
+}
+
 Lanes SlidingBandSidechain::TwoInLanes::evaluate (Lanes u, Lanes i) const noexcept
 {
     const Lanes t = fixedStageOutput (u, fixedC0, fixedHistory, fixedD0);
@@ -339,6 +349,14 @@ double SlidingBandCompander::decodeWith (double v) noexcept
 
 void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* companders, double* x) noexcept
 {
+    SlidingBandSidechain::TwoInLanes sides[] = {encoderLanes (*companders[0], *companders[1]),
+                                                encoderLanes (*companders[2], *companders[3])};
+    encodeFourInLanes (companders, x, sides);
+}
+
+void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* companders, double* x,
+                                              SlidingBandSidechain::TwoInLanes* sides) noexcept
+{
     double u[4];
     bool finite[4];
     for (int d = 0; d < 4; ++d)
@@ -346,8 +364,8 @@ void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* compa
         finite[d] = std::isfinite (x[d]);
         u[d] = companders[d]->encoder.solution;
     }
-    const SlidingBandSidechain::TwoInLanes sides[] = {{companders[0]->encoder, companders[1]->encoder},
-                                                      {companders[2]->encoder, companders[3]->encoder}};
+    for (int p = 0; p < 2; ++p)
+        sides[p].refresh (companders[2 * p]->encoder, companders[2 * p + 1]->encoder);
     const Lanes inputs[] = {Lanes (x[0], x[1]), Lanes (x[2], x[3])};
     solveFourInLanes (u, finite, [&] (int p, Lanes candidates) { return sides[p].evaluate (candidates, inputs[p]); });
     for (int p = 0; p < 2; ++p)
@@ -371,6 +389,14 @@ void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* compa
 
 void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept
 {
+    SlidingBandSidechain::TwoInLanes sides[] = {decoderLanes (*companders[0], *companders[1]),
+                                                decoderLanes (*companders[2], *companders[3])};
+    decodeFourInLanes (companders, v, sides);
+}
+
+void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* companders, double* v,
+                                              SlidingBandSidechain::TwoInLanes* sides) noexcept
+{
     double u[4];
     bool finite[4];
     for (int d = 0; d < 4; ++d)
@@ -378,8 +404,8 @@ void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* compa
         finite[d] = std::isfinite (v[d]);
         u[d] = companders[d]->decoder.solution;
     }
-    const SlidingBandSidechain::TwoInLanes sides[] = {{companders[0]->decoder, companders[1]->decoder},
-                                                      {companders[2]->decoder, companders[3]->decoder}};
+    for (int p = 0; p < 2; ++p)
+        sides[p].refresh (companders[2 * p]->decoder, companders[2 * p + 1]->decoder);
     const Lanes inputs[] = {Lanes (v[0], v[1]), Lanes (v[2], v[3])};
     solveFourInLanes (u, finite, [&] (int p, Lanes candidates) {
         return sides[p].evaluate (candidates, inputs[p] - sides[p].applyCurve (candidates));

@@ -30,6 +30,9 @@ public:
     {
     public:
         TwoInLanes (const SlidingBandSidechain& first, const SlidingBandSidechain& second) noexcept;
+        // Gathers again what moves from sample to sample (histories and charges) from the
+        // same two sidechains; their coefficients change only when they are prepared.
+        void refresh (const SlidingBandSidechain& first, const SlidingBandSidechain& second) noexcept;
         Lanes evaluate (Lanes u, Lanes i) const noexcept;
         Lanes applyCurve (Lanes x) const noexcept { return curve.apply (x); }
         // evaluate() and the curve as the two sidechains' own evaluate() and apply() run
@@ -87,6 +90,23 @@ public:
     // The same for the companders of four decks, values in and out, solved side by side.
     static void encodeFourInLanes (SlidingBandCompander* const* companders, double* x) noexcept;
     static void decodeFourInLanes (SlidingBandCompander* const* companders, double* v) noexcept;
+
+    // The same two with the sidechains of the pairs (0, 1) and (2, 3) kept in lanes across
+    // samples: sides as encoderLanes() or decoderLanes() made them for these companders.
+    static void encodeFourInLanes (SlidingBandCompander* const* companders, double* x,
+                                   SlidingBandSidechain::TwoInLanes* sides) noexcept;
+    static void decodeFourInLanes (SlidingBandCompander* const* companders, double* v,
+                                   SlidingBandSidechain::TwoInLanes* sides) noexcept;
+    static SlidingBandSidechain::TwoInLanes encoderLanes (const SlidingBandCompander& first,
+                                                          const SlidingBandCompander& second) noexcept
+    {
+        return {first.encoder, second.encoder};
+    }
+    static SlidingBandSidechain::TwoInLanes decoderLanes (const SlidingBandCompander& first,
+                                                          const SlidingBandCompander& second) noexcept
+    {
+        return {first.decoder, second.decoder};
+    }
 
 private:
     template <bool InLanes>

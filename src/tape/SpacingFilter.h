@@ -7,7 +7,7 @@ namespace oxa
 // transform of a rational prototype given in a normalised variable.
 struct FifthOrderSection
 {
-    static constexpr int order = 5;
+    static constexpr int order = 5; // step() shifts exactly this many history entries
 
     double b[order + 1] {1.0, 0.0, 0.0, 0.0, 0.0, 0.0};
     double a[order + 1] {1.0, 0.0, 0.0, 0.0, 0.0, 0.0}; // a[0] is always 1
@@ -19,18 +19,28 @@ struct FifthOrderSection
     void design (const double* numerator, const double* denominator, double scale, double sampleRate) noexcept;
     void clear() noexcept;
 
-    double process (double x) noexcept
-    {
-        double y = b[0] * x;
-        for (int i = 0; i < order; ++i)
-            y += b[i + 1] * xHistory[i] - a[i + 1] * yHistory[i];
+    double process (double x) noexcept { return step (b, a, xHistory, yHistory, x); }
 
-        for (int i = order - 1; i > 0; --i)
-        {
-            xHistory[i] = xHistory[i - 1];
-            yHistory[i] = yHistory[i - 1];
-        }
+    // One sample with coefficients and histories of type T: a double, or lanes that hold
+    // several decks' sections. The same operations in the same order either way, so a lane
+    // gives what the plain section gives bit for bit. The histories shift by plain
+    // assignments: a loop here is turned into a library memmove call per sample.
+    template <class T>
+    static T step (const T* b, const T* a, T* xHistory, T* yHistory, T x) noexcept
+    {
+        T y = b[0] * x;
+        for (int i = 0; i < order; ++i)
+            y = y + (b[i + 1] * xHistory[i] - a[i + 1] * yHistory[i]);
+
+        xHistory[4] = xHistory[3];
+        xHistory[3] = xHistory[2];
+        xHistory[2] = xHistory[1];
+        xHistory[1] = xHistory[0];
         xHistory[0] = x;
+        yHistory[4] = yHistory[3];
+        yHistory[3] = yHistory[2];
+        yHistory[2] = yHistory[1];
+        yHistory[1] = yHistory[0];
         yHistory[0] = y;
         return y;
     }
@@ -54,6 +64,7 @@ public:
     double process (double x) noexcept { return section.process (x); }
 
 private:
+    friend class PlaybackChainsInLanes;
     void redesign() noexcept;
 
     double sampleRate = 48000.0;

@@ -3,6 +3,7 @@
 #include "tape/Decibels.h"
 #include "tape/DeckLoop.h"
 #include "tape/Lanes.h"
+#include "tape/PlaybackChainsInLanes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,10 +60,32 @@ void runChannel(TapeChannel& channel, float* x, std::uint32_t n, float* deviatio
     b.finish(static_cast<int>(n));
 }
 
-// The two channels of a stereo pair in one loop: four independent decks, whose record
-// heads and compander solvers work side by side. Each deck computes exactly what runChannel
-// computes for it; the speed deviation comes from the right channel's second deck, as
-// it does when the channels run one after the other.
+// The playback chains of a channel's two decks, side by side where both are on.
+template <class First, class Second>
+inline void playPair(PlaybackChainsInLanes& chains, bool inLanes, First& first, Second& second, double& hFirst,
+                     double& hSecond) noexcept
+{
+    const Lanes levelled = Lanes(hFirst, hSecond) / Lanes(first.makeupGain(), second.makeupGain());
+    if (inLanes)
+    {
+        const Lanes played = chains.process(levelled);
+        const Lanes handedOver(first.afterChain(played.first()), second.afterChain(played.second()));
+        const Lanes bounded = applyTapeCeiling(handedOver);
+        hFirst = bounded.first();
+        hSecond = bounded.second();
+    }
+    else
+    {
+        hFirst = TapeCeiling::apply(first.afterChain(first.tapeDeck().playbackFilters.process(levelled.first())));
+        hSecond = TapeCeiling::apply(second.afterChain(second.tapeDeck().playbackFilters.process(levelled.second())));
+    }
+}
+
+// The two channels of a stereo pair in one loop: four independent decks, whose
+// saturators, record heads, compander solvers and playback chains work side by side in
+// lanes. Each deck computes exactly what runChannel computes for it; the speed deviation
+// comes from the right channel's second deck, as it does when the channels run one after
+// the other.
 template <bool LfoMode, int Encoder, int Decoder>
 void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRight, std::uint32_t n,
                float* deviation) noexcept
@@ -85,26 +108,37 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
     const float signLeft = left.phaseInvert ? -1.0f : 1.0f;
     const float signRight = right.phaseInvert ? -1.0f : 1.0f;
     TapeDeck* const decks[] = {&a.tapeDeck(), &b.tapeDeck(), &c.tapeDeck(), &d.tapeDeck()};
+    SidechainLanes<Encoder, false> encoders(decks);
+    SidechainLanes<Decoder, true> decoders(decks);
+    PlaybackChainsInLanes leftChains, rightChains;
+    const bool leftInLanes = leftChains.gather(left.decks[0].playbackFilters, left.decks[1].playbackFilters);
+    const bool rightInLanes = rightChains.gather(right.decks[0].playbackFilters, right.decks[1].playbackFilters);
     float leftDeviation = 0.0f;
     for (std::uint32_t k = 0; k < n; ++k)
     {
         const float inLeft = xLeft[k];
         const float inRight = xRight[k];
-        double h[4];
-        h[0] = a.beforeEncoder(inLeft, nullptr);
-        h[1] = b.beforeEncoder(inLeft, &leftDeviation);
-        h[2] = c.beforeEncoder(inRight, nullptr);
-        h[3] = d.beforeEncoder(inRight, deviation + k);
-        encodeFour<Encoder>(decks, h);
+        const double driveA = a.beforeSaturator(inLeft, nullptr);
+        const double driveB = b.beforeSaturator(inLeft, &leftDeviation);
+        const double driveC = c.beforeSaturator(inRight, nullptr);
+        const double driveD = d.beforeSaturator(inRight, deviation + k);
+        const Lanes saturatedLeft = tapeTanh(Lanes(driveA, driveB)) * Lanes(100.0);
+        const Lanes saturatedRight = tapeTanh(Lanes(driveC, driveD)) * Lanes(100.0);
+        double h[4] = {saturatedLeft.first(), saturatedLeft.second(), saturatedRight.first(), saturatedRight.second()};
+        encodeFour<Encoder>(decks, h, encoders);
         RecordHead::processFourInLanes(heads, h);
-        decodeFour<Decoder>(decks, h);
-        const float outA = a.afterDecoder(h[0]);
-        const float outB = b.afterDecoder(h[1]);
-        const float outC = c.afterDecoder(h[2]);
-        const float outD = d.afterDecoder(h[3]);
+        decodeFour<Decoder>(decks, h, decoders);
+        playPair(leftChains, leftInLanes, a, b, h[0], h[1]);
+        playPair(rightChains, rightInLanes, c, d, h[2], h[3]);
+        const float outA = a.afterPlayback(h[0]);
+        const float outB = b.afterPlayback(h[1]);
+        const float outC = c.afterPlayback(h[2]);
+        const float outD = d.afterPlayback(h[3]);
         xLeft[k] = outA + signLeft * outB;
         xRight[k] = outC + signRight * outD;
     }
+    leftChains.scatter();
+    rightChains.scatter();
     for (auto* loop : {&a, &c})
         loop->finish(static_cast<int>(n));
     for (auto* loop : {&b, &d})

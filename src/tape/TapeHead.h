@@ -53,9 +53,18 @@ struct TapeHead
     static double readAt(const double* ring, std::uint64_t ringLength, std::uint64_t writeIndex,
                          double delaySamples) noexcept
     {
+        return readWithin(ring, ringLength, deepestDelay(ringLength), writeIndex, delaySamples);
+    }
+
+    // The deepest delay readAt() reads at; a block loop finds it once.
+    static double deepestDelay(std::uint64_t ringLength) noexcept { return static_cast<double>(ringLength - 2); }
+
+    // readAt() with the ring's deepest delay already known.
+    static double readWithin(const double* ring, std::uint64_t ringLength, double deepest, std::uint64_t writeIndex,
+                             double delaySamples) noexcept
+    {
         // A head that walked the whole history (blank tape after a reset) would otherwise
         // wrap round to the sample being written; it reads the oldest pair at most.
-        const auto deepest = static_cast<double>(ringLength - 2);
         if (delaySamples > deepest)
             delaySamples = deepest;
         else if (!(delaySamples >= 0.0)) // a broken head reads the present, not past the ring

@@ -18,15 +18,20 @@ public:
     double getSpeed() const noexcept { return speed; }
     double getThickness() const noexcept { return thickness; }
 
-    double process (double x) noexcept
+    double process (double x) noexcept { return step (b0, b1, a1, x1, y1, x); }
+
+    // One sample for a double or for lanes of several decks, in the same operations.
+    template <class T>
+    static T step (T b0, T b1, T a1, T& x1, T& y1, T x) noexcept
     {
-        const double y = b0 * x + b1 * x1 - a1 * y1;
+        const T y = b0 * x + b1 * x1 - a1 * y1;
         x1 = x;
         y1 = y;
         return y;
     }
 
 private:
+    friend class PlaybackChainsInLanes;
     void redesign() noexcept;
 
     double sampleRate = 48000.0;

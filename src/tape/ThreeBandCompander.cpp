@@ -95,6 +95,16 @@ ThreeBandSidechain::TwoInLanes::TwoInLanes (const ThreeBandSidechain& first,
     }
 }
 
+void ThreeBandSidechain::TwoInLanes::refresh (const ThreeBandSidechain& first,
+                                              const ThreeBandSidechain& second) noexcept
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        bands[i].history = Lanes (first.bands[i].history, second.bands[i].history);
+        EnvelopeCurve::gatherCharges (bands[i].curve, first.bands[i].curve, second.bands[i].curve);
+    }
+}
+
 void ThreeBandCompander::prepare (double sampleRate) noexcept
 {
     if (! (std::isfinite (sampleRate) && sampleRate > 0.0))
@@ -118,6 +128,38 @@ double ThreeBandCompander::encode (double x) noexcept
     const double y = encoder.forward (x);
     encoder.commit();
     return y;
+}
+
+void ThreeBandCompander::encodeFourInLanes (ThreeBandCompander* const* companders, double* x) noexcept
+{
+    ThreeBandSidechain::TwoInLanes sides[] = {encoderLanes (*companders[0], *companders[1]),
+                                              encoderLanes (*companders[2], *companders[3])};
+    encodeFourInLanes (companders, x, sides);
+}
+
+void ThreeBandCompander::encodeFourInLanes (ThreeBandCompander* const* companders, double* x,
+                                            ThreeBandSidechain::TwoInLanes* sides) noexcept
+{
+    for (int p = 0; p < 2; ++p)
+    {
+        ThreeBandCompander& first = *companders[2 * p];
+        ThreeBandCompander& second = *companders[2 * p + 1];
+        double& xFirst = x[2 * p];
+        double& xSecond = x[2 * p + 1];
+        if (! (std::isfinite (xFirst) && std::isfinite (xSecond)))
+        {
+            // A non-finite sample passes and leaves its deck alone.
+            xFirst = first.encode (xFirst);
+            xSecond = second.encode (xSecond);
+            continue;
+        }
+        sides[p].refresh (first.encoder, second.encoder);
+        const Lanes y = sides[p].forwardInto (first.encoder, second.encoder, Lanes (xFirst, xSecond));
+        first.encoder.commit();
+        second.encoder.commit();
+        xFirst = y.first();
+        xSecond = y.second();
+    }
 }
 
 double ThreeBandCompander::decode (double v) noexcept
@@ -173,10 +215,18 @@ double ThreeBandCompander::decodeWith (double v) noexcept
 
 void ThreeBandCompander::decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept
 {
+    ThreeBandSidechain::TwoInLanes sides[] = {decoderLanes (*companders[0], *companders[1]),
+                                              decoderLanes (*companders[2], *companders[3])};
+    decodeFourInLanes (companders, v, sides);
+}
+
+void ThreeBandCompander::decodeFourInLanes (ThreeBandCompander* const* companders, double* v,
+                                            ThreeBandSidechain::TwoInLanes* sides) noexcept
+{
     // Two decoders a register: every lane steps exactly as decode() steps its decoder
     // alone, and keeps its solution once converged.
-    const ThreeBandSidechain::TwoInLanes sides[] = {{companders[0]->decoder, companders[1]->decoder},
-                                                    {companders[2]->decoder, companders[3]->decoder}};
+    for (int p = 0; p < 2; ++p)
+        sides[p].refresh (companders[2 * p]->decoder, companders[2 * p + 1]->decoder);
     bool finite[4];
     for (int d = 0; d < 4; ++d)
         finite[d] = std::isfinite (v[d]);

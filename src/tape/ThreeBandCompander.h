@@ -73,6 +73,9 @@ public:
     {
     public:
         TwoInLanes (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
+        // Gathers again what moves from sample to sample (histories and charges) from the
+        // same two sidechains; their coefficients change only when they are prepared.
+        void refresh (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
         Lanes forward (Lanes x) const noexcept
         {
             Lanes sum = x;
@@ -138,11 +141,30 @@ public:
     void clearDecoder() noexcept { decoder.clear(); }
 
     double encode (double x) noexcept;
+    // encode() for the encoders of four decks, x in and out, two decks a register.
+    static void encodeFourInLanes (ThreeBandCompander* const* companders, double* x) noexcept;
     double decode (double v) noexcept;
     // decode() with each step's two trial points in lanes: the same result bit for bit.
     double decodeInLanes (double v) noexcept;
     // decodeInLanes() for the decoders of four decks, v in and out, solved side by side.
     static void decodeFourInLanes (ThreeBandCompander* const* companders, double* v) noexcept;
+
+    // The same two with the sidechains of the pairs (0, 1) and (2, 3) kept in lanes across
+    // samples: sides as encoderLanes() or decoderLanes() made them for these companders.
+    static void encodeFourInLanes (ThreeBandCompander* const* companders, double* x,
+                                   ThreeBandSidechain::TwoInLanes* sides) noexcept;
+    static void decodeFourInLanes (ThreeBandCompander* const* companders, double* v,
+                                   ThreeBandSidechain::TwoInLanes* sides) noexcept;
+    static ThreeBandSidechain::TwoInLanes encoderLanes (const ThreeBandCompander& first,
+                                                        const ThreeBandCompander& second) noexcept
+    {
+        return {first.encoder, second.encoder};
+    }
+    static ThreeBandSidechain::TwoInLanes decoderLanes (const ThreeBandCompander& first,
+                                                        const ThreeBandCompander& second) noexcept
+    {
+        return {first.decoder, second.decoder};
+    }
 
     double getDecoderSolution() const noexcept { return decoderSolution; }
 

@@ -27,6 +27,7 @@ public:
     double process (double x) noexcept { return section.process (x); }
 
 private:
+    friend class PlaybackChainsInLanes;
     void redesign() noexcept;
 
     double sampleRate = 48000.0;

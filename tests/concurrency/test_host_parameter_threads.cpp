@@ -4,6 +4,7 @@
 // the output stays finite and the last write of every parameter sticks.
 #include "plugin/ExportedPluginParameter.h"
 #include "plugin/FluxDeckPlugin.h"
+#include "support/RenderLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +17,7 @@
 #include <vector>
 
 using namespace oxa;
+using oxa::test::RenderLoop;
 
 namespace
 {
@@ -46,53 +48,6 @@ struct HostListener : juce::AudioProcessorParameter::Listener
     std::atomic<long> gestures {0};
     std::atomic<int> lastBadIndex {-1};
     std::atomic<float> lastBadValue {0.0f};
-};
-
-/** The audio thread: renders noise until stopped or the length has passed. The
-    optional hook runs before each block, as a host applying automation there. */
-class RenderLoop
-{
-public:
-    RenderLoop(FluxDeckPlugin& plugin, std::chrono::milliseconds length, std::function<void(juce::Random&)> hook = {})
-        : deadline(std::chrono::steady_clock::now() + length)
-    {
-        thread = std::thread([this, &plugin, hook] {
-            juce::AudioBuffer<float> buffer(2, blockSize);
-            juce::MidiBuffer midi;
-            juce::Random random(7);
-            while (running.load() && std::chrono::steady_clock::now() < deadline)
-            {
-                if (hook)
-                    hook(random);
-                for (int c = 0; c < 2; ++c)
-                    for (int i = 0; i < blockSize; ++i)
-                        buffer.setSample(c, i, random.nextFloat() - 0.5f);
-                midi.clear();
-                plugin.processBlock(buffer, midi);
-                for (int c = 0; c < 2; ++c)
-                    for (int i = 0; i < blockSize; ++i)
-                        if (!std::isfinite(buffer.getSample(c, i)))
-                            nonFinite.fetch_add(1, std::memory_order_relaxed);
-                blocks.fetch_add(1, std::memory_order_relaxed);
-            }
-            done.store(true);
-        });
-    }
-    ~RenderLoop() { stop(); }
-
-    void stop()
-    {
-        running.store(false);
-        if (thread.joinable())
-            thread.join();
-    }
-
-    std::chrono::steady_clock::time_point deadline;
-    std::thread thread;
-    std::atomic<bool> running {true};
-    std::atomic<bool> done {false};
-    std::atomic<long> blocks {0};
-    std::atomic<long> nonFinite {0};
 };
 
 /** One host write: mostly random, now and then an end of the range or a broken value. */

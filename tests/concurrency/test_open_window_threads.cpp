@@ -4,53 +4,16 @@
 // window again and again. Under ThreadSanitizer this shows that the live roads
 // to the window (monitor, flange position, output levels) and the parameter
 // notifications are race-free; in any build the pictures must have moved.
-#include "editor/FluxDeckPluginUI.h"
-#include "editor/WindowSettings.h"
-#include "editor/widgets/ImageLoader.h"
-#include "element/ParameterRegistry.h"
-#include "plugin/FluxDeckPlugin.h"
-#include "tape/FluxDeckProcessor.h"
+#include "editor/EditorTestRig.h"
+#include "support/RenderLoop.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <cmath>
-#include <thread>
 
 using namespace oxa;
+using oxa::test::clickOn;
 
 namespace
 {
 constexpr int blockSize = 256;
-
-/** Keeps the user's window settings, which an open window writes when it closes. */
-struct UserWindowSettings
-{
-    UserWindowSettings()
-        : expanded(windowSettings::readBool("ui.expanded", false)),
-          reelRunning(windowSettings::readBool("ui.reel", false)),
-          reelTime(windowSettings::readFloat("ui.reelTime", 0.0f))
-    {
-    }
-    ~UserWindowSettings()
-    {
-        windowSettings::writeBool("ui.expanded", expanded);
-        windowSettings::writeBool("ui.reel", reelRunning);
-        windowSettings::writeFloat("ui.reelTime", reelTime);
-    }
-    bool expanded, reelRunning;
-    float reelTime;
-};
-
-juce::MouseEvent clickOn(juce::Component& target)
-{
-    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
-    const juce::Time now = juce::Time::getCurrentTime();
-    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre,
-                            juce::ModifierKeys::leftButtonModifier, juce::MouseInputSource::defaultPressure, 0.0f, 0.0f,
-                            0.0f, 0.0f, &target, &target, now, centre, now, 1, false);
-}
 
 /** Host parameters worth moving while the pictures watch: each one redraws something. */
 const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "MagneticHardness", "Hysteresis",
@@ -61,7 +24,7 @@ const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "Ma
 
 TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
 {
-    const UserWindowSettings keep;
+    const test::UserWindowSettings keep;
     overrideDisplayImageScale(1);
 
     FluxDeckPlugin plugin;
@@ -88,25 +51,9 @@ TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
     ASSERT_TRUE(panel.isReelRunning());
     const float reelTimeBefore = panel.getReelTime();
 
+    test::RenderLoop audio(plugin, std::chrono::minutes(10));
     std::atomic<bool> running {true};
-    std::atomic<long> blocks {0}, writes {0}, nonFinite {0};
-    std::thread audio([&] {
-        juce::AudioBuffer<float> buffer(2, blockSize);
-        juce::MidiBuffer midi;
-        juce::Random random(11);
-        while (running.load())
-        {
-            for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < blockSize; ++i)
-                    buffer.setSample(c, i, 0.5f * (random.nextFloat() - 0.5f));
-            midi.clear();
-            plugin.processBlock(buffer, midi);
-            for (int c = 0; c < 2; ++c)
-                if (!std::isfinite(buffer.getSample(c, blockSize - 1)))
-                    nonFinite.fetch_add(1, std::memory_order_relaxed);
-            blocks.fetch_add(1, std::memory_order_relaxed);
-        }
-    });
+    std::atomic<long> writes {0};
     std::thread host([&] {
         juce::Random random(5);
         while (running.load())
@@ -137,13 +84,13 @@ TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
         flangeHigh = std::max(flangeHigh, position);
     }
     running = false;
-    audio.join();
+    audio.stop();
     host.join();
     juce::MessageManager::getInstance()->runDispatchLoopUntil(20);
 
-    EXPECT_GT(blocks.load(), 0);
+    EXPECT_GT(audio.blocks.load(), 0);
     EXPECT_GT(writes.load(), 0);
-    EXPECT_EQ(nonFinite.load(), 0);
+    EXPECT_EQ(audio.nonFinite.load(), 0);
     // Every live picture took data while the threads ran.
     EXPECT_GT(tracePoints, 0u);
     EXPECT_LT(flangeLow, flangeHigh) << "the flange picture never moved";

@@ -4,6 +4,8 @@
 // ThreadSanitizer or AddressSanitizer no report may appear; in any build every state
 // set reads back exactly when setStateInformation returns.
 #include "plugin/FluxDeckPlugin.h"
+#include "support/RenderLoop.h"
+#include "support/StateChunks.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +16,7 @@
 #include <vector>
 
 using namespace oxa;
+using oxa::test::hostValues;
 
 namespace
 {
@@ -21,14 +24,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto runLength = std::chrono::seconds(12);
 constexpr auto passLength = std::chrono::milliseconds(400);
 constexpr int blockSize = 256;
-
-std::vector<float> hostValues(juce::AudioProcessor& plugin)
-{
-    std::vector<float> values;
-    for (auto* p : plugin.getParameters())
-        values.push_back(p->getValue());
-    return values;
-}
 
 /** A state with every parameter somewhere random, and what a host reads after loading it. */
 struct KnownState
@@ -105,18 +100,7 @@ TEST(StateLoadRaces, HostCallsInAnyOrderFromAnyThread)
     std::atomic<bool> finished {false};
 
     std::thread host([&] {
-        std::atomic<bool> rendering {true};
-        Worker audio(rendering, [&](juce::Random& r) {
-            juce::AudioBuffer<float> buffer(2, blockSize);
-            juce::MidiBuffer midi;
-            for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < blockSize; ++i)
-                    buffer.setSample(c, i, r.nextFloat() - 0.5f);
-            plugin.processBlock(buffer, midi);
-            if (!std::isfinite(buffer.getMagnitude(0, blockSize)))
-                nonFinite.fetch_add(1);
-            blocks.fetch_add(1);
-        });
+        test::RenderLoop audio(plugin, 2 * runLength);
 
         const auto end = Clock::now() + runLength;
         juce::Random order(5);
@@ -169,7 +153,9 @@ TEST(StateLoadRaces, HostCallsInAnyOrderFromAnyThread)
                 }
             }
         }
-        rendering = false;
+        audio.stop();
+        blocks = audio.blocks.load();
+        nonFinite = audio.nonFinite.load();
         finished = true;
     });
 

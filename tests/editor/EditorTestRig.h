@@ -22,6 +22,30 @@ inline void pump(int milliseconds = 40)
     juce::MessageManager::getInstance()->runDispatchLoopUntil(milliseconds);
 }
 
+/** A click at the middle of `target`, as the mouse would deliver it. */
+inline juce::MouseEvent clickOn(juce::Component& target, juce::ModifierKeys mods = juce::ModifierKeys::leftButtonModifier)
+{
+    const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
+    const juce::Time now = juce::Time::getCurrentTime();
+    return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre, mods,
+                            juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &target, &target, now,
+                            centre, now, 1, false);
+}
+
+/** Keeps the user's shared window settings, which an open window writes when it closes. */
+struct UserWindowSettings
+{
+    bool expanded = windowSettings::readBool("ui.expanded", false);
+    bool reelRunning = windowSettings::readBool("ui.reel", false);
+    float reelTime = windowSettings::readFloat("ui.reelTime", 0.0f);
+    ~UserWindowSettings()
+    {
+        windowSettings::writeBool("ui.expanded", expanded);
+        windowSettings::writeBool("ui.reel", reelRunning);
+        windowSettings::writeFloat("ui.reelTime", reelTime);
+    }
+};
+
 /** Counts the gestures the host hears. */
 struct GestureCounter : juce::AudioProcessorListener
 {
@@ -37,10 +61,6 @@ class EditorTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        // Windows write the user's shared settings when they close: put them back after.
-        userExpanded = windowSettings::readBool("ui.expanded", false);
-        userReelRunning = windowSettings::readBool("ui.reel", false);
-        userReelTime = windowSettings::readFloat("ui.reelTime", 0.0f);
         overrideDisplayImageScale(1);
         plugin = std::make_unique<FluxDeckPlugin>();
         plugin->prepareToPlay(48000.0, 256);
@@ -52,9 +72,6 @@ protected:
         ui.reset();
         plugin.reset();
         overrideDisplayImageScale(0);
-        windowSettings::writeBool("ui.expanded", userExpanded);
-        windowSettings::writeBool("ui.reel", userReelRunning);
-        windowSettings::writeFloat("ui.reelTime", userReelTime);
     }
 
     void openWindow()
@@ -83,9 +100,8 @@ protected:
             walk(*child, visit);
     }
 
+    const UserWindowSettings keep; // put back after the windows below have closed
     std::unique_ptr<FluxDeckPlugin> plugin;
     std::unique_ptr<FluxDeckPluginUI> ui;
-    bool userExpanded = false, userReelRunning = false;
-    float userReelTime = 0.0f;
 };
 } // namespace oxa::test

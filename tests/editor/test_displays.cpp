@@ -41,18 +41,7 @@ double sineGain(Stage& stage, double sampleRate, double frequency, double amplit
 
 double toDb(double gain) { return 20.0 * std::log10(std::max(gain, 1e-30)); }
 
-TEST(RecordResponseDisplay, FlatAtZeroDbWithTheHeadOff)
-{
-    for (float hardness : {0.0f, 0.5f, 1.0f})
-        for (float resistance : {0.0f, 0.6f, 1.0f})
-        {
-            const RecordResponseDisplay::Values off{hardness, resistance, false};
-            for (float x = 0.0f; x <= width; x += 10.0f)
-                EXPECT_FLOAT_EQ(RecordResponseDisplay::heightAt(off, x, width), 70.0f / 90.0f) << x;
-        }
-}
-
-TEST(RecordResponseDisplay, CornerAtResistanceTimesSlopeAndMatchesTheRunningHead)
+TEST(RecordResponseDisplay, CornerAtResistanceTimesSlopeMatchesTheRunningHeadAndOffIsFlat)
 {
     struct Case
     {
@@ -84,10 +73,15 @@ TEST(RecordResponseDisplay, CornerAtResistanceTimesSlopeAndMatchesTheRunningHead
                 << "f " << f;
         }
     }
-    // The hardest tape puts the corner nearest zero, still a finite picture.
+    // The hardest tape puts the corner nearest zero, still a finite picture; with the head
+    // off any tape is flat at 0 dB.
     const RecordResponseDisplay::Values hardest{1.0f, 0.0f, true};
     for (float x = 0.0f; x <= width; x += 0.25f)
         ASSERT_TRUE(std::isfinite(RecordResponseDisplay::heightAt(hardest, x, width)));
+    for (float hardness : {0.0f, 0.5f, 1.0f})
+        for (float resistance : {0.0f, 0.6f, 1.0f})
+            for (float x = 0.0f; x <= width; x += 10.0f)
+                EXPECT_FLOAT_EQ(RecordResponseDisplay::heightAt({hardness, resistance, false}, x, width), 70.0f / 90.0f) << x;
 }
 
 TEST(MagneticWaveformDisplay, CleanSineWhenOffAndASettledPeriodicWaveWhenOn)

@@ -12,13 +12,10 @@
 #include "plugin/FluxDeckPlugin.h"
 #include "tape/FluxDeckProcessor.h"
 #include "tape/OutputLevels.h"
-#include "tape/SignalMonitoringFIFO.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <ctime>
-#include <iostream>
 #include <limits>
 
 namespace oxa
@@ -55,23 +52,6 @@ TEST(OutputLevels, KeepsTheHighestPeakUntilTakenAndShowsMonoOnBoth)
     levels.publish(mono, 1, 3);
     EXPECT_FLOAT_EQ(levels.take(0), 0.7f);
     EXPECT_FLOAT_EQ(levels.take(1), 0.7f);
-}
-
-TEST(MonitoringRing, CapacityIsBoundedByTheStorageAndCanShrink)
-{
-    SignalMonitoringFIFO ring;
-    ring.setCapacity(4000000);
-    EXPECT_EQ(ring.capacity(), SignalMonitoringFIFO::maximumCapacity);
-    std::vector<float> block(1000, 0.25f);
-    for (int i = 0; i < 250; ++i)
-        ring.append(block.data(), 1000);
-    EXPECT_EQ(ring.available(), SignalMonitoringFIFO::maximumCapacity - 1);
-    ring.setCapacity(8);
-    const float fresh[] {1, 2, 3};
-    ring.append(fresh, 3);
-    float out[8];
-    ASSERT_EQ(ring.read(out, 8), 3u);
-    EXPECT_EQ(out[2], 3.0f);
 }
 
 TEST(AudioMeter, RisesAtOnceFallsTwentyDecibelsASecondAndStaysInRange)
@@ -269,31 +249,6 @@ TEST(DisplaySnapshots, EveryPictureRendersOffscreenWhereItsCurveBelongs)
     const juce::Image level = render(meter, "meter");
     EXPECT_TRUE(near(pixelOf(level, 2, 250), 0xFFA3A3A3)) << "the bar fills from the bottom";
     EXPECT_TRUE(near(pixelOf(level, 2, 5), 0xFFFFFFFF)) << "above the level the track stays empty";
-
-    // What the animated pictures cost the message thread: the flange picture and
-    // the trace repaint at most once a 20 ms tick, each meter too.
-    auto paintMilliseconds = [](juce::Component& picture) {
-        juce::Image image(juce::Image::ARGB, picture.getWidth(), picture.getHeight(), true);
-        auto cpuMilliseconds = [] {
-            timespec t {};
-            clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-            return static_cast<double>(t.tv_sec) * 1000.0 + static_cast<double>(t.tv_nsec) * 1e-6;
-        };
-        const double start = cpuMilliseconds();
-        for (int i = 0; i < 50; ++i)
-        {
-            juce::Graphics g(image);
-            picture.paintEntireComponent(g, true);
-        }
-        return (cpuMilliseconds() - start) / 50.0;
-    };
-    const double flangeCost = paintMilliseconds(flange), traceCost = paintMilliseconds(trace),
-                 meterCost = paintMilliseconds(meter);
-    std::cout << "paint in ms: flange " << flangeCost << ", trace " << traceCost << ", meter " << meterCost
-              << "; record response " << paintMilliseconds(record) << ", waveform " << paintMilliseconds(waveform)
-              << ", playback head " << paintMilliseconds(playback) << "\n";
-    std::cout << "animated pictures: " << 50.0 * (flangeCost + traceCost + 2.0 * meterCost)
-              << " ms of message-thread CPU per second\n";
 }
 
 } // namespace

@@ -36,19 +36,20 @@ protected:
     }
 };
 
-TEST_F(PresetBarTest, ANewInstanceShowsDefaultInBothBars)
+TEST_F(PresetBarTest, NameFollowsTheFileAndMarksAChangeOnlyInTheTopBar)
 {
     EXPECT_EQ(topBar().getNameLabel().getText(), "default");
     EXPECT_EQ(tapeBar().getNameLabel().getText(), "default");
     EXPECT_FALSE(topBar().getPrevButton().isVisible());
     EXPECT_FALSE(topBar().getNextButton().isVisible());
-}
 
-TEST_F(PresetBarTest, NameFollowsTheFileAndMarksAChangeOnlyInTheTopBar)
-{
+    // The arrows walk the bank from the loaded file (the walk's wrapping is the bank's own).
     const std::vector<Path> presets = topBar().getBank().listPresets();
-    ASSERT_FALSE(presets.empty());
+    ASSERT_GE(presets.size(), 36u);
     ASSERT_TRUE(topBar().step(+1)); // no path yet: the first factory preset
+    ASSERT_TRUE(topBar().step(-1)); // and back round to the last
+    EXPECT_EQ(presets.back().str(), property("PresetPath"));
+    ASSERT_TRUE(topBar().step(+1));
     EXPECT_EQ(presets.front().str(), property("PresetPath"));
     EXPECT_EQ(topBar().getNameLabel().getText(), "Classic Drive");
     ASSERT_TRUE(tapeBar().step(+1));
@@ -59,19 +60,6 @@ TEST_F(PresetBarTest, NameFollowsTheFileAndMarksAChangeOnlyInTheTopBar)
     tapeBar().getNameLabel().refresh();
     EXPECT_EQ(topBar().getNameLabel().getText(), "Classic Drive*");
     EXPECT_EQ(tapeBar().getNameLabel().getText(), "00 Flat");
-}
-
-TEST_F(PresetBarTest, ArrowsWrapAtBothEnds)
-{
-    const std::vector<Path> presets = topBar().getBank().listPresets();
-    ASSERT_GE(presets.size(), 36u);
-    ASSERT_TRUE(topBar().loadPreset(presets.front()));
-    ASSERT_TRUE(topBar().step(-1));
-    EXPECT_EQ(presets.back().str(), property("PresetPath"));
-    ASSERT_TRUE(topBar().step(+1));
-    EXPECT_EQ(presets.front().str(), property("PresetPath"));
-    ASSERT_TRUE(topBar().step(+1));
-    EXPECT_EQ(presets[1].str(), property("PresetPath"));
 }
 
 TEST_F(PresetBarTest, ALockedMixSurvivesAPresetAndDefault)
@@ -91,30 +79,6 @@ TEST_F(PresetBarTest, ALockedMixSurvivesAPresetAndDefault)
     EXPECT_NE(value("Mix"), 0.37f);
 }
 
-TEST_F(PresetBarTest, TheTapeBarLeavesMixInputGainAndTheLfoAloneWhateverTheLocks)
-{
-    const char* kept[] = {"Mix", "InputGain", "LFOFreq", "LFOShape", "LFOSymmetry", "LFOPhase", "LFOSwing"};
-    for (bool locked : {false, true})
-    {
-        SCOPED_TRACE(locked ? "locked" : "unlocked");
-        for (const char* name : lockableParameterNames())
-            lock(name, locked);
-        std::vector<float> before;
-        for (const char* name : kept)
-        {
-            const auto* d = ParameterRegistry::instance().floatDescription(id(name));
-            ASSERT_NE(d, nullptr) << name;
-            set(name, d->min + (d->max - d->min) * 0.37f); // no preset holds this
-            before.push_back(value(name));
-        }
-        const std::vector<Path> tapes = tapeBar().getBank().listPresets();
-        for (std::size_t i = 0; i < tapes.size() && i < 4; ++i)
-            ASSERT_TRUE(tapeBar().loadPreset(tapes[i])) << tapes[i].str();
-        for (std::size_t i = 0; i < std::size(kept); ++i)
-            EXPECT_FLOAT_EQ(value(kept[i]), before[i]) << kept[i];
-    }
-}
-
 TEST_F(PresetBarTest, AFailingPresetFileLeavesEverythingAsItWas)
 {
     ASSERT_TRUE(topBar().step(+1));
@@ -122,20 +86,14 @@ TEST_F(PresetBarTest, AFailingPresetFileLeavesEverythingAsItWas)
     const std::string path = property("PresetPath");
     const juce::String name = topBar().getNameLabel().getText();
 
+    // Which files are refused is the bank's business; here the bars must not move.
     juce::TemporaryFile scratch(".fxps");
-    const char* bad[] = {"not xml at all", "<Other><FluxDeck Mix=\"0.1\"/></Other>",
-                         "<ModulePreset><OtherEffect Mix=\"0.1\"/></ModulePreset>", "<ModulePreset/>"};
-    for (const char* text : bad)
-    {
-        ASSERT_TRUE(scratch.getFile().replaceWithText(text));
-        EXPECT_FALSE(topBar().loadPreset(Path(scratch.getFile().getFullPathName()))) << text;
-        EXPECT_FALSE(tapeBar().loadPreset(Path(scratch.getFile().getFullPathName()))) << text;
-        EXPECT_EQ(values(), before) << text;
-        EXPECT_EQ(property("PresetPath"), path);
-        EXPECT_EQ(topBar().getNameLabel().getText(), name);
-    }
-    EXPECT_FALSE(topBar().loadPreset(Path("/no/such/folder/preset.fxps")));
+    ASSERT_TRUE(scratch.getFile().replaceWithText("<ModulePreset><OtherEffect Mix=\"0.1\"/></ModulePreset>"));
+    EXPECT_FALSE(topBar().loadPreset(Path(scratch.getFile().getFullPathName())));
+    EXPECT_FALSE(tapeBar().loadPreset(Path(scratch.getFile().getFullPathName())));
     EXPECT_EQ(values(), before);
+    EXPECT_EQ(property("PresetPath"), path);
+    EXPECT_EQ(topBar().getNameLabel().getText(), name);
 }
 
 TEST_F(PresetBarTest, MenuListsLoadSaveDefaultAndOneSubmenuPerFactoryBank)
@@ -170,28 +128,21 @@ TEST_F(PresetBarTest, MenuListsLoadSaveDefaultAndOneSubmenuPerFactoryBank)
     EXPECT_EQ(topBar().getBank().listPresets()[1].str(), property("PresetPath"));
 }
 
-TEST_F(PresetBarTest, FirstComparePressOnlyStoresAndShowsA)
+TEST_F(PresetBarTest, FirstPressStoresThenCompareSwapsEveryParameterLockedOnesTooAndThePresetNames)
 {
     ABToolBar& bar = ui->getToolBar();
     EXPECT_EQ(bar.getMemoryState(), 0);
     EXPECT_EQ(bar.getABButton().getTooltip(), "Store Current State to Memory A");
-    const std::vector<double> before = values();
-    bar.compare();
-    EXPECT_EQ(values(), before);
-    EXPECT_EQ(bar.getMemoryState(), 1);
-    EXPECT_EQ(bar.getABButton().getTooltip(), "Store Current State to Memory B and restore Memory A");
-    EXPECT_FALSE(property(abStateProperty).empty());
-}
-
-TEST_F(PresetBarTest, CompareSwapsEveryParameterLockedOnesTooAndThePresetNames)
-{
-    ABToolBar& bar = ui->getToolBar();
     lock("Mix", true);
     set("Mix", 0.25f);
     set("Feedback", 0.1f);
     effect().setProperty(String("PresetPath"), String("a/First.fxps"));
-    bar.compare(); // stores A
     const std::vector<double> a = values();
+    bar.compare(); // the first press only stores A
+    EXPECT_EQ(values(), a);
+    EXPECT_EQ(bar.getMemoryState(), 1);
+    EXPECT_EQ(bar.getABButton().getTooltip(), "Store Current State to Memory B and restore Memory A");
+    EXPECT_FALSE(property(abStateProperty).empty());
 
     set("Mix", 0.75f);
     set("Feedback", 0.5f);

@@ -110,18 +110,6 @@ TEST_F(EditorTest, BackgroundAndPanelsFollowModeSettingsButtonAndHeight)
     }
 }
 
-TEST_F(EditorTest, VersionTextClearsTheExpandButtonOnlyWhenCollapsed)
-{
-    EXPECT_EQ(Footer::versionText(), "1.0.0 x64");
-    ui->setExpanded(false);
-    const int collapsed = ui->getFooter().versionTextWidth();
-    ui->setExpanded(true);
-    EXPECT_EQ(ui->getFooter().versionTextWidth() - collapsed, 50);
-    bool clicksOnFooter = true, clicksOnChildren = true;
-    ui->getFooter().getInterceptsMouseClicks(clicksOnFooter, clicksOnChildren);
-    EXPECT_FALSE(clicksOnFooter);
-}
-
 TEST_F(EditorTest, HostLearnsWhichParameterLiesUnderTheMouse)
 {
     ParamSlider* feedback = ui->getLfoModeUI().getMainMenu().knob("Feedback");
@@ -133,8 +121,17 @@ TEST_F(EditorTest, HostLearnsWhichParameterLiesUnderTheMouse)
     EXPECT_EQ(ui->getControlParameterIndex(ui->getExpandButton()), -1);
 }
 
-TEST_F(EditorTest, ExpandedStatePersistsAcrossInstances)
+TEST_F(EditorTest, ExpandedStatePersistsAcrossInstancesAndTheVersionTextClearsTheExpandButton)
 {
+    EXPECT_EQ(Footer::versionText(), "1.0.0 x64");
+    ui->setExpanded(false);
+    const int collapsed = ui->getFooter().versionTextWidth();
+    ui->setExpanded(true);
+    EXPECT_EQ(ui->getFooter().versionTextWidth() - collapsed, 50) << "shorter only while collapsed";
+    bool clicksOnFooter = true, clicksOnChildren = true;
+    ui->getFooter().getInterceptsMouseClicks(clicksOnFooter, clicksOnChildren);
+    EXPECT_FALSE(clicksOnFooter);
+
     for (bool expanded : {true, false})
     {
         ui->setExpanded(expanded);

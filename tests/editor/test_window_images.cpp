@@ -62,8 +62,6 @@ TEST(WindowImages, EveryImageIsInTheArchiveAtItsSizeWithATwiceAsLargeTwin)
             EXPECT_EQ(two.getHeight(), 2 * one.getHeight()) << base;
         }
     }
-    // The font of the window travels in the same archive.
-    EXPECT_TRUE(Path("$Resource/resource/fonts/Acumin-Light.ttf").exists());
 }
 
 TEST(WindowImages, EveryControlShowsAnImageOfItsOwnSize)

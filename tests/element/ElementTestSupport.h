@@ -1,7 +1,8 @@
 #pragma once
-// A small element with a state of its own, used by the element tests.
+// Small elements with a state of their own, used by the element tests.
 
 #include "element/Element.h"
+#include "engine/ProcessingElement.h"
 
 #include <memory>
 
@@ -74,5 +75,45 @@ public:
 
     float meter = 0.25f;
     String labelText = "none";
+};
+
+/** A probe with a tempo-synced rate, a version of its own and a record of what it was loaded with. */
+class SyncedProbe : public ProbeElement
+{
+public:
+    static uint32_t rateId()
+    {
+        static const uint32_t id = ParameterRegistry::instance().registerFloat(
+            ParameterDescription<float>("PersistRate", 0.5f, 0.0f, 1.0f, 4));
+        return id;
+    }
+
+    explicit SyncedProbe(const String& name = "probe") : ProbeElement(name, "SyncedProbe")
+    {
+        addParameters({new ParameterInfo<float>(rateId(), this, &SyncedProbe::rate, &SyncedProbe::setRate)}, {},
+                      {new ParameterInfo<bool>(ProcessingElement::syncToHostId(), this, &SyncedProbe::synced,
+                                               &SyncedProbe::setSynced)});
+    }
+
+    void saveXmlAttributes(tinyxml2::XMLElement* node, int& version) override
+    {
+        version = savedVersion;
+        ProbeElement::saveXmlAttributes(node, version);
+    }
+    bool loadXmlAttributes(const tinyxml2::XMLElement* node, int version) override
+    {
+        loadedVersion = version;
+        return ProbeElement::loadXmlAttributes(node, version);
+    }
+
+    float rate() const { return rateValue; }
+    void setRate(float v) { rateValue = v; }
+    bool synced() const { return syncValue; }
+    void setSynced(bool v) { syncValue = v; }
+
+    float rateValue = 0.5f;
+    bool syncValue = false;
+    int savedVersion = 3;
+    int loadedVersion = -100;
 };
 } // namespace oxa::test

@@ -1,3 +1,4 @@
+#include "ElementTestSupport.h"
 #include "element/Element.h"
 #include "element/NoteLengths.h"
 #include "element/ParameterMapper.h"
@@ -50,96 +51,78 @@ void expectBlockMatchesSingle(const ParameterMapper& m)
 }
 } // namespace
 
-TEST(LinearMapper, MapsEndsInvertsAndExtrapolates)
+TEST(Mappers, KnownPointsRoundTripsAndTheBlockPath)
 {
-    LinearParameterMapper m(-24.0f, 12.0f);
-    EXPECT_FLOAT_EQ(mapped(m, 0.0f), -24.0f);
-    EXPECT_FLOAT_EQ(mapped(m, 1.0f), 12.0f);
-    EXPECT_FLOAT_EQ(mapped(m, 1.5f), 30.0f);
-    EXPECT_FLOAT_EQ(mapped(m, -0.5f), -42.0f);
-    EXPECT_FLOAT_EQ(unmapped(m, 0.0f), 24.0f / 36.0f);
-    expectRoundTrip(m, 1e-6f);
-    expectBlockMatchesSingle(m);
+    const LinearParameterMapper linear(-24.0f, 12.0f);
+    const SyncLinearParameterMapper unsynced(0.01f, 10.0f); // without an owner it stays linear
+    const LogMapper log(0.001f, 1.0f);
+    const LogMapper shifted(0.0f, 99.0f, 1.0f); // an offset lets the range start at zero
+    const CurveMapper straight(0.0f, 0.0f, 10.0f), squared(0.5f, 2.0f, 6.0f), through(0.25f, 5.0f, 0.0f, 100.0f),
+        bipolar(0.5f, -4.0f, 4.0f);
+    const BipolarLogMapper bipolarLog(100.0f, 1.0f);
+    const Oxa3FilterFreqMapper pitch(20.0f, 20000.0f);
+    const ConformalMapper conformal(0.0f, 1.0f, 0.25f), wide(20.0f, 2000.0f, 200.0f);
 
-    // Without an owner the sync mapper stays linear.
-    SyncLinearParameterMapper unsynced(0.01f, 10.0f);
-    EXPECT_FLOAT_EQ(mapped(unsynced, 0.5f), 0.5f * (10.0f - 0.01f) + 0.01f);
-    expectRoundTrip(unsynced, 1e-6f);
-    expectBlockMatchesSingle(unsynced);
-    EXPECT_FALSE(syncsToHost(nullptr));
-}
+    struct Point
+    {
+        const char* what;
+        const ParameterMapper& mapper;
+        float normalised, expected, tolerance;
+    };
+    const Point points[] = {
+        {"linear", linear, 0.0f, -24.0f, 1e-5f},
+        {"linear", linear, 1.0f, 12.0f, 1e-5f},
+        {"linear extrapolates", linear, 1.5f, 30.0f, 1e-5f},
+        {"linear extrapolates", linear, -0.5f, -42.0f, 1e-5f},
+        {"unsynced", unsynced, 0.5f, 0.5f * (10.0f - 0.01f) + 0.01f, 1e-6f},
+        {"log", log, 0.0f, 0.001f, 1e-9f},
+        {"log", log, 1.0f, 1.0f, 1e-6f},
+        {"log", log, 0.5f, std::sqrt(0.001f), 1e-6f},
+        {"shifted log", shifted, 0.0f, 0.0f, 1e-6f},
+        {"shifted log", shifted, 0.5f, 9.0f, 1e-5f},
+        {"shifted log", shifted, 1.0f, 99.0f, 1e-4f},
+        {"straight curve", straight, 0.3f, 3.0f, 1e-5f},
+        {"squared curve", squared, 0.5f, 3.0f, 1e-5f},
+        {"curve through a point", through, 0.25f, 5.0f, 1e-4f},
+        {"curve through a point", through, 1.0f, 100.0f, 1e-4f},
+        {"bipolar curve", bipolar, 0.5f, 0.0f, 1e-7f},
+        {"bipolar curve", bipolar, 1.0f, 4.0f, 1e-5f},
+        {"bipolar curve", bipolar, 0.0f, -4.0f, 1e-5f},
+        {"bipolar curve", bipolar, 0.75f, 1.0f, 1e-5f},
+        {"bipolar curve", bipolar, 0.25f, -1.0f, 1e-5f},
+        {"bipolar log", bipolarLog, 0.5f, 0.0f, 1e-6f},
+        {"bipolar log", bipolarLog, 1.0f, 100.0f, 1e-3f},
+        {"bipolar log", bipolarLog, 0.0f, -100.0f, 1e-3f},
+        {"pitch", pitch, 1.0f, 20000.0f, 1.0f},
+        {"pitch: A at 69", pitch, 69.0f / pitch.scale, 440.0f, 1e-2f},
+        {"pitch: an octave is twelve steps", pitch, 81.0f / pitch.scale, 880.0f, 2e-2f},
+        {"conformal", conformal, 0.0f, 0.0f, 1e-7f},
+        {"conformal", conformal, 0.5f, 0.25f, 1e-6f},
+        {"conformal", conformal, 1.0f, 1.0f, 1e-6f},
+        {"conformal clamps", conformal, 1.4f, 1.0f, 1e-7f},
+        {"wide conformal", wide, 0.5f, 200.0f, 1e-3f},
+    };
+    for (const Point& p : points)
+        EXPECT_NEAR(mapped(p.mapper, p.normalised), p.expected, p.tolerance) << p.what << " at " << p.normalised;
 
-TEST(LogMapper, GeometricScaleWithAndWithoutOffset)
-{
-    LogMapper m(0.001f, 1.0f);
-    EXPECT_NEAR(mapped(m, 0.0f), 0.001f, 1e-9f);
-    EXPECT_NEAR(mapped(m, 1.0f), 1.0f, 1e-6f);
-    EXPECT_NEAR(mapped(m, 0.5f), std::sqrt(0.001f), 1e-6f);
-    expectRoundTrip(m, 1e-6f);
-    expectBlockMatchesSingle(m);
+    const std::pair<const ParameterMapper*, float> roundTrips[] = {
+        {&linear, 1e-6f}, {&unsynced, 1e-6f}, {&log, 1e-6f}, {&shifted, 1e-6f}, {&squared, 1e-5f}, {&through, 1e-5f},
+        {&bipolar, 1e-5f}, {&bipolarLog, 1e-5f}, {&pitch, 2e-5f}, {&conformal, 1e-5f}, {&wide, 1e-5f}};
+    for (const auto& [mapper, tolerance] : roundTrips)
+        expectRoundTrip(*mapper, tolerance);
+    for (const ParameterMapper* m : {(const ParameterMapper*) &linear, (const ParameterMapper*) &unsynced,
+                                     (const ParameterMapper*) &log})
+        expectBlockMatchesSingle(*m);
     expectBlockMatchesSingle(SyncLogMapper(0.001f, 1.0f));
 
-    // An offset lets the range start at zero.
-    LogMapper shifted(0.0f, 99.0f, 1.0f);
-    EXPECT_NEAR(mapped(shifted, 0.0f), 0.0f, 1e-6f);
-    EXPECT_NEAR(mapped(shifted, 0.5f), 9.0f, 1e-5f);
-    EXPECT_NEAR(mapped(shifted, 1.0f), 99.0f, 1e-4f);
-    expectRoundTrip(shifted, 1e-6f);
-}
-
-TEST(CurveMapper, ShapesPointsAndTheOddBipolarForm)
-{
-    CurveMapper straight(0.0f, 0.0f, 10.0f);
-    EXPECT_NEAR(mapped(straight, 0.3f), 3.0f, 1e-5f);
+    EXPECT_FLOAT_EQ(unmapped(linear, 0.0f), 24.0f / 36.0f);
     EXPECT_FALSE(straight.bipolar);
-    CurveMapper squared(0.5f, 2.0f, 6.0f);
-    EXPECT_NEAR(mapped(squared, 0.5f), 3.0f, 1e-5f);
-    expectRoundTrip(squared, 1e-5f);
-    CurveMapper through(0.25f, 5.0f, 0.0f, 100.0f);
-    EXPECT_NEAR(mapped(through, 0.25f), 5.0f, 1e-4f);
-    EXPECT_NEAR(mapped(through, 1.0f), 100.0f, 1e-4f);
-    expectRoundTrip(through, 1e-5f);
-
-    CurveMapper bipolar(0.5f, -4.0f, 4.0f);
-    ASSERT_TRUE(bipolar.bipolar);
-    EXPECT_FLOAT_EQ(mapped(bipolar, 0.5f), 0.0f);
-    for (auto [n, x] : {std::pair{1.0f, 4.0f}, {0.0f, -4.0f}, {0.75f, 1.0f}, {0.25f, -1.0f}})
-        EXPECT_NEAR(mapped(bipolar, n), x, 1e-5f) << n;
-    expectRoundTrip(bipolar, 1e-5f);
-}
-
-TEST(BipolarLogAndFilterFreqMappers, SymmetricLogHalvesAndAPitchScaleAnchoredAtA440)
-{
-    BipolarLogMapper m(100.0f, 1.0f);
-    EXPECT_NEAR(mapped(m, 0.5f), 0.0f, 1e-6f);
-    EXPECT_NEAR(mapped(m, 1.0f), 100.0f, 1e-3f);
-    EXPECT_NEAR(mapped(m, 0.0f), -100.0f, 1e-3f);
-    EXPECT_NEAR(mapped(m, 0.8f), -mapped(m, 0.2f), 1e-4f);
-    expectRoundTrip(m, 1e-5f);
-
-    Oxa3FilterFreqMapper pitch(20.0f, 20000.0f);
-    EXPECT_NEAR(mapped(pitch, 1.0f), 20000.0f, 1.0f);
+    EXPECT_TRUE(bipolar.bipolar);
+    EXPECT_NEAR(mapped(bipolarLog, 0.8f), -mapped(bipolarLog, 0.2f), 1e-4f);
     EXPECT_NEAR(unmapped(pitch, 440.0f), 69.0f * pitch.inverseScale, 1e-5f);
-    EXPECT_NEAR(mapped(pitch, 69.0f / pitch.scale), 440.0f, 1e-2f);
-    // One octave is twelve steps of the scale, whatever the lower bound says.
-    EXPECT_NEAR(mapped(pitch, 81.0f / pitch.scale), 880.0f, 2e-2f);
-    expectRoundTrip(pitch, 2e-5f);
-}
-
-TEST(ConformalMapper, HyperbolaThroughThreePointsAndClamps)
-{
-    ConformalMapper m(0.0f, 1.0f, 0.25f);
-    EXPECT_NEAR(mapped(m, 0.0f), 0.0f, 1e-7f);
-    EXPECT_NEAR(mapped(m, 0.5f), 0.25f, 1e-6f);
-    EXPECT_NEAR(mapped(m, 1.0f), 1.0f, 1e-6f);
-    EXPECT_FLOAT_EQ(mapped(m, 1.4f), 1.0f);
-    EXPECT_FLOAT_EQ(unmapped(m, -0.1f), 0.0f);
-    EXPECT_FLOAT_EQ(unmapped(m, 5.0f), 1.0f);
-    expectRoundTrip(m, 1e-5f);
-
-    ConformalMapper wide(20.0f, 2000.0f, 200.0f);
-    EXPECT_NEAR(mapped(wide, 0.5f), 200.0f, 1e-3f);
-    expectRoundTrip(wide, 1e-5f);
+    EXPECT_FLOAT_EQ(unmapped(conformal, -0.1f), 0.0f);
+    EXPECT_FLOAT_EQ(unmapped(conformal, 5.0f), 1.0f);
+    EXPECT_FALSE(syncsToHost(nullptr));
 }
 
 TEST(NoteTable, NormalisedAndLengthToIndexRoundAndClamp)
@@ -182,36 +165,9 @@ TEST(NoteTable, NearestLengthBelowForRateSwitching)
         EXPECT_FLOAT_EQ(nearestNoteLengthBelow(noteLength(i)), noteLength(i)) << noteText(i);
 }
 
-namespace
-{
-// An element whose only parameter is the host-sync switch, or none at all.
-class SyncProbe : public Element
-{
-public:
-    explicit SyncProbe(bool withSwitch) : Element("SyncProbe", "Probe")
-    {
-        if (withSwitch)
-            addParameters({}, {}, {new ParameterInfo<bool>(switchId(), this, &SyncProbe::synced, &SyncProbe::setSynced)});
-    }
-
-    static uint32_t switchId()
-    {
-        static const uint32_t id =
-            ParameterRegistry::instance().registerBool(ParameterDescription<bool>("SyncToHost", false, false, true));
-        return id;
-    }
-
-    void sync(bool on) { setBoolParameter(switchId(), on); }
-    bool synced() const { return on; }
-    void setSynced(bool value) { on = value; }
-
-    bool on = false;
-};
-} // namespace
-
 TEST(SyncedOwner, MappersSwitchToTheNoteTable)
 {
-    SyncProbe probe(true);
+    test::SyncedProbe probe;
     SyncLinearParameterMapper linear(0.0f, 10.0f);
     SyncLogMapper log(0.01f, 10.0f);
     float v = 0.5f;
@@ -219,7 +175,7 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
     EXPECT_FLOAT_EQ(v, 5.0f);
     EXPECT_FALSE(syncsToHost(&probe));
 
-    probe.sync(true);
+    probe.setBoolParameter(ProcessingElement::syncToHostId(), true);
     ASSERT_TRUE(syncsToHost(&probe));
     for (const ParameterMapper* m : {(const ParameterMapper*) &linear, (const ParameterMapper*) &log})
     {
@@ -241,12 +197,12 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
             EXPECT_FLOAT_EQ(block[i], noteLength(4 * i + 1));
     }
 
-    probe.sync(false);
+    probe.setBoolParameter(ProcessingElement::syncToHostId(), false);
     v = 0.5f;
     log.map(&probe, v);
     EXPECT_NEAR(v, 0.31622776f, 1e-6f);
 
-    SyncProbe bare(false);
+    test::ProbeElement bare("bare");
     EXPECT_FALSE(syncsToHost(&bare));
     v = 0.25f;
     SyncLinearParameterMapper(0.0f, 2.0f).map(&bare, v);
@@ -256,9 +212,9 @@ TEST(SyncedOwner, MappersSwitchToTheNoteTable)
 
 TEST(SyncedOwner, TextFormsFollowTheSwitch)
 {
-    SyncProbe probe(true);
+    test::SyncedProbe probe;
     EXPECT_EQ(floatValueToText(6, 0.0f, 2000.0f, 500.0f, &probe), "500 ms");
-    probe.sync(true);
+    probe.setBoolParameter(ProcessingElement::syncToHostId(), true);
     EXPECT_EQ(floatValueToText(6, 0.0f, 2000.0f, 0.5f, &probe), "1/8");
     EXPECT_EQ(floatValueToText(5, 0.0f, 2000.0f, 0.5f, &probe), "500 us");
 

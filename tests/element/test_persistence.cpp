@@ -1,11 +1,12 @@
-// Writing elements as XML and reading them back: text forms, tolerant loading,
-// properties, versions, connections, listeners and files.
+// Writing elements and the engine as XML and reading them back: text forms, tolerant
+// loading, properties, versions, connections, listeners, files and host bindings.
 
 #include "ElementTestSupport.h"
 #include "element/ElementFactory.h"
 #include "element/ElementParamEnvelope.h"
 #include "element/ElementPersistence.h"
-#include "engine/Engine.h"
+#include "engine/EngineTestRig.h"
+#include "plugin/AutomationParameterInterface.h"
 #include "resources/VolumeTable.h"
 
 #include "element/ConnectionSpec.h"
@@ -21,46 +22,6 @@ namespace oxa::test
 {
 namespace
 {
-/** A probe with a tempo-synced rate, a version of its own and a record of what it was loaded with. */
-class SyncedProbe : public ProbeElement
-{
-public:
-    static uint32_t rateId()
-    {
-        static const uint32_t id = ParameterRegistry::instance().registerFloat(
-            ParameterDescription<float>("PersistRate", 0.5f, 0.0f, 1.0f, 4));
-        return id;
-    }
-
-    explicit SyncedProbe(const String& name = "probe") : ProbeElement(name, "SyncedProbe")
-    {
-        addParameters({new ParameterInfo<float>(rateId(), this, &SyncedProbe::rate, &SyncedProbe::setRate)}, {},
-                      {new ParameterInfo<bool>(ProcessingElement::syncToHostId(), this, &SyncedProbe::synced,
-                                               &SyncedProbe::setSynced)});
-    }
-
-    void saveXmlAttributes(tinyxml2::XMLElement* node, int& version) override
-    {
-        version = savedVersion;
-        ProbeElement::saveXmlAttributes(node, version);
-    }
-    bool loadXmlAttributes(const tinyxml2::XMLElement* node, int version) override
-    {
-        loadedVersion = version;
-        return ProbeElement::loadXmlAttributes(node, version);
-    }
-
-    float rate() const { return rateValue; }
-    void setRate(float v) { rateValue = v; }
-    bool synced() const { return syncValue; }
-    void setSynced(bool v) { syncValue = v; }
-
-    float rateValue = 0.5f;
-    bool syncValue = false;
-    int savedVersion = 3;
-    int loadedVersion = -100;
-};
-
 std::string save(Element& element, SaveOptions options = {})
 {
     std::string bytes;
@@ -318,5 +279,101 @@ TEST(ElementPersistenceFiles, ThroughPaths)
         EXPECT_FALSE(loadFromFile(copy, Path(folder.getChildFile(bad).getFullPathName()), options)) << bad;
     EXPECT_FALSE(readXmlFile(xml, Path(folder.getChildFile("missing.xml").getFullPathName())));
     folder.deleteRecursively();
+}
+
+// The engine as a document: children rebuilt by type name, the host bindings held
+// until the engine is prepared, and a vetoing listener that keeps the tree.
+namespace
+{
+struct Bindings : AutomationParameterInterface
+{
+    bool bind(const AutomationTarget&, const String&) override { return false; }
+    void unbind(const AutomationTarget&) override {}
+    bool save(tinyxml2::XMLElement* node) override
+    {
+        if (!bound)
+            return false;
+        node->InsertNewChildElement("AutomationConnection")->SetAttribute("sourceIndex", 3);
+        return true;
+    }
+    void load(const tinyxml2::XMLElement* node) override
+    {
+        ++loads;
+        lastIndex = node->FirstChildElement("AutomationConnection")->IntAttribute("sourceIndex", -1);
+    }
+    bool bound = true;
+    int loads = 0;
+    int lastIndex = -1;
+};
+
+void registerKnob()
+{
+    ElementFactory::instance().registerType("Gain", "GainEffect", [] { return std::make_shared<GainEffect>("Knob"); });
+}
+
+GainEffect* knobOf(Engine& engine) { return dynamic_cast<GainEffect*>(engine.findElement(String("Knob"))); }
+} // namespace
+
+TEST(EnginePersistence, ChildrenAndBindingsRoundTrip)
+{
+    registerKnob();
+    Bindings bindings;
+    Engine source;
+    source.setAutomation(&bindings);
+    auto knob = std::make_shared<GainEffect>("Knob");
+    source.addElement(knob);
+    knob->setFloatParameter(GainEffect::gainId(), 1.5f);
+
+    const std::string text = save(source);
+    EXPECT_NE(text.find("\n        <GainEffect Name=\"Knob\""), std::string::npos) << text;
+    EXPECT_NE(text.find("<Automation>\n            <AutomationConnection sourceIndex=\"3\"/>"), std::string::npos);
+
+    Engine copy;
+    copy.setAutomation(&bindings);
+    ASSERT_TRUE(load(copy, text));
+    ASSERT_NE(knobOf(copy), nullptr);
+    EXPECT_FLOAT_EQ(knobOf(copy)->gainValue, 1.5f);
+    EXPECT_EQ(bindings.loads, 0) << "held until the engine is prepared";
+    ASSERT_NE(copy.heldAutomationXml(), nullptr);
+    copy.prepare(48000.0, 64);
+    copy.applyHeldAutomation();
+    EXPECT_EQ(bindings.loads, 1);
+    EXPECT_EQ(bindings.lastIndex, 3);
+    EXPECT_EQ(copy.heldAutomationXml(), nullptr);
+
+    // a prepared engine applies them as soon as the load has finished
+    ASSERT_TRUE(load(copy, text));
+    EXPECT_EQ(bindings.loads, 2);
+
+    bindings.bound = false;
+    EXPECT_EQ(save(source).find("Automation"), std::string::npos);
+}
+
+TEST(EnginePersistence, UnknownChildrenFailTheLoadButTheRestLoadsAndAVetoKeepsThem)
+{
+    registerKnob();
+    Engine engine;
+    const size_t envelopes = engine.envelopes().size();
+    ASSERT_GT(envelopes, 0u);
+    SaveOptions options;
+    EXPECT_FALSE(loadFromBytes(engine,
+                               "<OXA4><Engine Name=\"Engine\" Tempo=\"90\" SyncToHost=\"0\"><Alien/><GainEffect Name=\"Knob\" "
+                               "TestGain=\"9\"/><Properties a=\"1\"/></Engine></OXA4>",
+                               options));
+    ASSERT_NE(knobOf(engine), nullptr);
+    EXPECT_FLOAT_EQ(knobOf(engine)->gainValue, 2.0f) << "clamped";
+    EXPECT_EQ(engine.renderOrder().size(), 1u) << "the properties group is no child element";
+    EXPECT_FLOAT_EQ(engine.floatParameter(Engine::ids().tempo), 90.0f);
+    EXPECT_EQ(engine.children().size(), envelopes + 1) << "the engine's own envelopes survive a load";
+
+    // A vetoing listener keeps the children.
+    struct Veto : ElementLoadListener
+    {
+        bool onElement(Element&, SaveOptions&, int) override { return false; }
+        void onProgress() override {}
+    } veto;
+    options.loadListener = &veto;
+    EXPECT_FALSE(loadFromBytes(engine, "<OXA4><Engine Name=\"Engine\"/></OXA4>", options));
+    EXPECT_NE(knobOf(engine), nullptr);
 }
 } // namespace oxa::test

@@ -41,7 +41,7 @@ TEST(SignalFiring, SlotThatDisconnectsItselfRunsOnceAndIsSweptAfter)
     EXPECT_EQ(signal.sharedBody()->pendingRemovals(), 0u);
 }
 
-TEST(SignalFiring, SlotThatDisconnectsALaterSlotSkipsItInTheSameFiring)
+TEST(SignalFiring, ALaterSlotDisconnectedInAFiringIsSkippedAndOneAppendedIsReached)
 {
     Signal<int> signal;
     int first = 0, second = 0;
@@ -55,6 +55,16 @@ TEST(SignalFiring, SlotThatDisconnectsALaterSlotSkipsItInTheSameFiring)
     signal(0);
     EXPECT_EQ(first, 2);
     EXPECT_EQ(second, 0);
+
+    Signal<int> growing;
+    std::vector<int> order;
+    growing.connect(&a, [&](int) {
+        order.push_back(1);
+        if (order.size() == 1)
+            growing.connect(&b, [&](int) { order.push_back(2); });
+    });
+    growing(0);
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
 TEST(SignalFiring, ReconnectingInTheSameFiringRevivesWithoutASecondEntry)
@@ -75,20 +85,6 @@ TEST(SignalFiring, ReconnectingInTheSameFiringRevivesWithoutASecondEntry)
     signal(0);
     EXPECT_EQ(plainCalls, 2);
     EXPECT_EQ(calls, 2);
-}
-
-TEST(SignalFiring, SlotsAppendedDuringAFiringAreReached)
-{
-    Signal<int> signal;
-    std::vector<int> order;
-    int a = 0, b = 0;
-    signal.connect(&a, [&](int) {
-        order.push_back(1);
-        if (order.size() == 1)
-            signal.connect(&b, [&](int) { order.push_back(2); });
-    });
-    signal(0);
-    EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
 TEST(SignalFiring, SameKeyTwiceIsCalledTwiceDisconnectRemovesBothEmptyDoesNothing)

@@ -8,24 +8,23 @@
 
 using namespace oxa;
 
-TEST(StringArg, ReplacesLowestMarkerFirstAndKeepsLiteralPercent)
+TEST(StringArg, ReplacesLowestMarkerFirstKeepsLiteralPercentAndFormsNumbers)
 {
-    EXPECT_EQ(String("%2 of %1").arg("a").arg("b"), "b of a");
-    EXPECT_EQ(String("%1%").arg(12.345f, 2), "12.35%");
-    EXPECT_EQ(String("%1 and %1").arg(7), "7 and 7");
-    // "%1" must not eat the start of "%12"
-    EXPECT_EQ(String("%1-%12").arg("x").arg("y"), "x-y");
-    EXPECT_EQ(String("no marker").arg(3), "no marker");
-}
-
-TEST(StringArg, NumbersInRadixDecimalsAndShortestForm)
-{
-    EXPECT_EQ(String("%1").arg(255, 16), "ff");
-    EXPECT_EQ(String("%1").arg(-5), "-5");
-    EXPECT_EQ(String("%1").arg(0.1f), "0.1");
-    EXPECT_EQ(String("%1").arg(2.5, 0), "2");
-    EXPECT_EQ(String("%1").arg(-0.004, 2), "-0.00");
-    EXPECT_EQ(String("Param%1").arg(127u), "Param127");
+    const std::pair<String, const char*> cases[] = {
+        {String("%2 of %1").arg("a").arg("b"), "b of a"},
+        {String("%1%").arg(12.345f, 2), "12.35%"},
+        {String("%1 and %1").arg(7), "7 and 7"},
+        {String("%1-%12").arg("x").arg("y"), "x-y"}, // "%1" must not eat the start of "%12"
+        {String("no marker").arg(3), "no marker"},
+        {String("%1").arg(255, 16), "ff"},
+        {String("%1").arg(-5), "-5"},
+        {String("%1").arg(0.1f), "0.1"},
+        {String("%1").arg(2.5, 0), "2"},
+        {String("%1").arg(-0.004, 2), "-0.00"},
+        {String("Param%1").arg(127u), "Param127"},
+    };
+    for (const auto& [made, expected] : cases)
+        EXPECT_EQ(made, expected);
 }
 
 TEST(StringBasics, NullIsEmptyCopiesShareSearchAndParsing)

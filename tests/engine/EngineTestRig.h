@@ -11,7 +11,8 @@
 
 namespace oxa::test
 {
-/** Records every render call and event; multiplies the audio by its gain (0..2). */
+/** Records every render call and event; multiplies the audio by its gain (0..2). It has
+    a parameter of each kind: the gain, a choice of four and a switch. */
 class GainEffect : public BasicProcessingElement
 {
 public:
@@ -19,8 +20,15 @@ public:
     {
         static const uint32_t id = [] {
             (void) ProcessingElement::syncToHostId(); // the common ids come first
-            return ParameterRegistry::instance().registerFloat(ParameterDescription<float>("TestGain", 1.0f, 0, 2));
+            ParameterDescription<float> gain("TestGain", 1.0f, 0, 2);
+            gain.displayName = String("Test Gain");
+            return ParameterRegistry::instance().registerFloat(gain);
         }();
+        return id;
+    }
+    static uint32_t choiceId()
+    {
+        static const uint32_t id = ParameterRegistry::instance().registerInt(ParameterDescription<int>("TestChoice", 1, 0, 3));
         return id;
     }
     static uint32_t switchId()
@@ -32,7 +40,8 @@ public:
     explicit GainEffect(const char* name = "Fx", int tail = -1)
         : BasicProcessingElement(String("GainEffect"), String(name)), tail(tail)
     {
-        addParameters({new ParameterInfo<float>(gainId(), this, &GainEffect::gain, &GainEffect::setGain)}, {},
+        addParameters({new ParameterInfo<float>(gainId(), this, &GainEffect::gain, &GainEffect::setGain)},
+                      {new ParameterInfo<int>(choiceId(), this, &GainEffect::choice, &GainEffect::setChoice)},
                       {new ParameterInfo<bool>(switchId(), this, &GainEffect::isOn, &GainEffect::setOn)});
     }
 
@@ -60,11 +69,14 @@ public:
     std::vector<float*> pointers;
     std::vector<float> gainsSeen;
     float gainValue = 1.0f;
+    int choiceValue = 1;
     bool on = false;
 
 private:
     float gain(const ElementState&) const { return gainValue; }
     void setGain(ElementState&, float v) { gainValue = v; }
+    int choice(const ElementState&) const { return choiceValue; }
+    void setChoice(ElementState&, int v) { choiceValue = v; }
     bool isOn(const ElementState&) const { return on; }
     void setOn(ElementState&, bool v) { on = v; }
     int tail;

@@ -37,16 +37,10 @@ struct CopyingErrorListener : ErrorListener
     void errorReported(Error* error) override { messages.push_back(error->message.str()); }
     std::vector<std::string> messages;
 };
-
-void deliverQueuedChanges()
-{
-    ParameterChangedAsyncSignal::drainNow();
-}
 } // namespace
 
 TEST_F(EngineProxyTest, BoundListenerFollowsTheTree)
 {
-
     std::vector<Element*> seen;
     int owner = 0;
     proxy.addElementBoundListener(&owner, String("/Fx"), [&](Element* e) { seen.push_back(e); });
@@ -78,7 +72,7 @@ TEST_F(EngineProxyTest, BoundListenerFollowsTheTree)
 
 TEST_F(EngineProxyTest, ParameterChangesArriveQueuedAndSurviveReplacement)
 {
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
 
     std::vector<std::pair<Element*, unsigned>> calls;
     using Calls = std::vector<std::pair<Element*, unsigned>>;
@@ -91,7 +85,7 @@ TEST_F(EngineProxyTest, ParameterChangesArriveQueuedAndSurviveReplacement)
     EXPECT_TRUE(calls.empty()) << "delivery waits for the message thread's drain";
     // another parameter of the same element is not this listener's business
     fxA->setBoolParameter(GainEffect::switchId(), true);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(calls, (Calls {{fxA.get(), id}}));
 
     calls.clear();
@@ -101,13 +95,13 @@ TEST_F(EngineProxyTest, ParameterChangesArriveQueuedAndSurviveReplacement)
     calls.clear();
     fxA->setFloatParameter(id, 0.5f); // the old tree is no longer watched
     fxB->setFloatParameter(id, 0.75f);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(calls, (Calls {{fxB.get(), id}}));
 
     calls.clear();
     proxy.removeParameterChangeListener(&owner, String("/Fx"), id);
     fxB->setFloatParameter(id, 0.1f);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     EXPECT_TRUE(calls.empty());
 }
 
@@ -170,7 +164,7 @@ TEST_F(EngineProxyTest, ViewWatchedValueFollowsItsParameter)
 {
     fxB->on = true;
     fxB->publishParameters(); // written behind the element's back
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
 
     std::vector<bool> values;
     std::vector<bool> presence;
@@ -182,13 +176,13 @@ TEST_F(EngineProxyTest, ViewWatchedValueFollowsItsParameter)
     EXPECT_FALSE(values[0]);
 
     fxA->setBoolParameter(GainEffect::switchId(), true);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     ASSERT_EQ(values.size(), 2u);
     EXPECT_TRUE(watched.get());
 
     watched.bypass = true;
     fxA->setBoolParameter(GainEffect::switchId(), false);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(values.size(), 2u);
     watched.bypass = false;
 

@@ -11,12 +11,16 @@ using test::GainEffect;
 using Rig = test::EngineRig;
 
 // Cutting the block under modulation is checked with real connections in test_connections.
-TEST(Rendering, WithoutConnectionsTheWholeBlockGoesInPlaceInOneCall)
+TEST(Rendering, WithoutConnectionsTheWholeBlockGoesInPlaceInOneCallAfterTheDeferredWrites)
 {
     Rig rig;
+    rig.effect->setFloatParameter(GainEffect::gainId(), 0.5f, true);
+    EXPECT_EQ(rig.effect->gainValue, 1.0f); // not applied yet
     rig.render(500);
     EXPECT_EQ(rig.effect->calls, std::vector<uint32_t> { 500u });
     EXPECT_EQ(rig.effect->pointers[0], rig.left.data()); // the host's own memory
+    EXPECT_EQ(rig.effect->gainsSeen, std::vector<float> { 0.5f }) << "at the head of the block";
+    EXPECT_FLOAT_EQ(rig.left[0], 0.5f);
 }
 
 TEST(Rendering, SilentInputIsProcessedWhileTheTailLasts)
@@ -36,16 +40,6 @@ TEST(Rendering, SilentInputIsProcessedWhileTheTailLasts)
         EXPECT_EQ(rig.effect->calls.size(), c.audioCalls) << "tail " << c.tail;
         EXPECT_EQ(rig.effect->silenceCalls.size(), c.silenceCalls) << "tail " << c.tail;
     }
-}
-
-TEST(Rendering, DeferredWriteLandsAtTheHeadOfTheNextBlock)
-{
-    Rig rig;
-    rig.effect->setFloatParameter(GainEffect::gainId(), 0.5f, true);
-    EXPECT_EQ(rig.effect->gainValue, 1.0f); // not applied yet
-    rig.render(8);
-    EXPECT_EQ(rig.effect->gainValue, 0.5f);
-    EXPECT_FLOAT_EQ(rig.left[0], 0.5f);
 }
 
 TEST(Rendering, BoolWriteEventArrivesBeforeRendering)

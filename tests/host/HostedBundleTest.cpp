@@ -53,14 +53,10 @@ TEST(HostedBundle, LoadsUnderItsProductNameWithOneProgram)
     EXPECT_EQ(plugin->getMainBusNumOutputChannels(), 2) << "stereo out by default";
 }
 
-TEST(HostedBundle, MissingOrEmptyBundleGivesAnErrorNotAnInstance)
+TEST(HostedBundle, AnEmptyBundleGivesAnErrorNotAnInstance)
 {
+    // A missing one is the render tool's command-line case.
     PluginHost pluginHost;
-
-    auto missing = pluginHost.load(juce::File("/nonexistent/Nothing.vst3"), 44100.0, 512);
-    EXPECT_FALSE(missing);
-    EXPECT_TRUE(missing.error.contains("no VST3 bundle")) << missing.error;
-
     const auto emptyBundle = juce::File::createTempFile(".vst3");
     ASSERT_TRUE(emptyBundle.createDirectory());
     auto empty = pluginHost.load(emptyBundle, 44100.0, 512);
@@ -71,8 +67,6 @@ TEST(HostedBundle, MissingOrEmptyBundleGivesAnErrorNotAnInstance)
 
 TEST(HostedBundle, LatencyIsSixtyMillisecondsTruncatedAtAnyBlockSize)
 {
-    EXPECT_EQ(latencyAfterPrepare(44100.0, 512), 2646);
-    EXPECT_EQ(latencyAfterPrepare(48000.0, 512), 2880);
     EXPECT_EQ(latencyAfterPrepare(44100.0, 32), 2646);
     EXPECT_EQ(latencyAfterPrepare(48000.0, 4096), 2880);
     EXPECT_EQ(latencyAfterPrepare(96000.0, 512), 5760);
@@ -111,6 +105,7 @@ TEST(HostedBundle, ExportsTheFortyFiveParametersInHostOrder)
     EXPECT_EQ(effectParameters(*plugin).size(), kCount);
     ASSERT_EQ(names.size(), kCount + 1) << names.joinIntoString(" | ", kCount);
     EXPECT_EQ(plugin->getParameters()[kCount], plugin->getBypassParameter());
+    EXPECT_GT(plugin->getParameters().size(), kCount + 1) << "the controller stand-ins are there, hidden from automation";
 }
 
 TEST(HostedBundle, EveryParameterTextParsesBackToTheSameText)

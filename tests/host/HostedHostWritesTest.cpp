@@ -80,13 +80,11 @@ TEST(HostedHostWrites, ASaveRightAfterAWriteKeepsItsSideEffects)
     hosted.oneBlock();
     const auto typeB = hosted.parameter("Noise Reduction Encoder").getText(2.0f / 3.0f, 100);
     hosted.write("Noise Reduction Encoder", 2.0f / 3.0f); // "Link NR" is on by default
-    juce::MemoryBlock saved;
-    hosted.plugin->getStateInformation(saved); // no block in between
+    const auto saved = hosted.state(); // no block in between
 
     Hosted reopened;
     ASSERT_NE(reopened.plugin, nullptr);
-    reopened.plugin->setStateInformation(saved.getData(), (int) saved.getSize());
-    reopened.oneBlock();
+    reopened.restore(saved);
     EXPECT_EQ(reopened.text("Noise Reduction Encoder"), typeB);
     EXPECT_EQ(reopened.text("Noise Reduction Decoder"), typeB) << "reopens decoding what it encodes";
 }

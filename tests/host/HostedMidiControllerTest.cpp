@@ -1,8 +1,9 @@
 // MIDI controllers sent by a VST3 host: they reach the plug-in through the wrapper's
-// controller stand-ins, move a learned parameter at 32-sample control blocks, and
-// drive the engine's transport.
+// controller stand-ins and move a learned parameter (the transport's own controllers
+// take the same road; what they do is the engine's own tests' business).
 
 #include "HostedPluginSupport.h"
+#include "support/StateChunks.h"
 
 namespace oxa::host::testing
 {
@@ -11,37 +12,13 @@ namespace
 constexpr double kRate = 48000.0;
 constexpr int kBlock = 512;
 
-/** The engine's XML inside a state chunk of the plug-in ("OXA4", version, length, zlib). */
-std::unique_ptr<juce::XmlElement> engineXmlOf(const juce::MemoryBlock& chunk)
-{
-    if (chunk.getSize() < 12)
-        return nullptr;
-    juce::MemoryInputStream raw(static_cast<const char*>(chunk.getData()) + 12, chunk.getSize() - 12, false);
-    juce::GZIPDecompressorInputStream inflated(raw);
-    return juce::parseXML(inflated.readEntireStreamAsString());
-}
-
-juce::MemoryBlock chunkOf(const juce::XmlElement& xml)
-{
-    const auto text = xml.toString(juce::XmlElement::TextFormat().withoutHeader()).toStdString();
-    juce::MemoryOutputStream out;
-    out.write("OXA4", 4);
-    out.writeInt(1);
-    out.writeInt((int) text.size());
-    {
-        juce::GZIPCompressorOutputStream deflater(out);
-        deflater.write(text.data(), text.size());
-    }
-    return out.getMemoryBlock();
-}
-
 /** The state a performer leaves after binding controller `number` to `parameter` of the
     effect: set outright ("Edition") over the parameter's range. */
 juce::MemoryBlock stateWithLearnedController(juce::AudioPluginInstance& plugin, int number, const char* parameter)
 {
     juce::MemoryBlock hostState;
     plugin.getStateInformation(hostState);
-    auto xml = engineXmlOf(componentChunkOf(hostState));
+    auto xml = juce::parseXML(oxa::test::xmlOf(componentChunkOf(hostState)));
     auto* engine = xml != nullptr ? xml->getChildByName("Engine") : nullptr;
     auto* effect = engine != nullptr ? engine->getChildByName("FluxDeck") : nullptr;
     if (effect == nullptr)
@@ -54,7 +31,7 @@ juce::MemoryBlock stateWithLearnedController(juce::AudioPluginInstance& plugin, 
     connection->setAttribute("ModulationRatio", 1);
     connection->setAttribute("Mode", "Edition");
     effect->prependChildElement(connections);
-    return withComponentChunk(hostState, chunkOf(*xml));
+    return withComponentChunk(hostState, oxa::test::chunkOf(xml->toString(juce::XmlElement::TextFormat().withoutHeader()).toStdString()));
 }
 
 struct HostedRig : HostedInstance
@@ -73,15 +50,6 @@ struct HostedRig : HostedInstance
         return buffer;
     }
 
-    bool engineIsPlaying()
-    {
-        juce::MemoryBlock hostState;
-        plugin->getStateInformation(hostState);
-        auto xml = engineXmlOf(componentChunkOf(hostState));
-        auto* engine = xml != nullptr ? xml->getChildByName("Engine") : nullptr;
-        return engine != nullptr && engine->getIntAttribute("Playing") != 0;
-    }
-
     juce::int64 seed = 0;
 };
 
@@ -90,18 +58,6 @@ float peak(const juce::AudioBuffer<float>& buffer, int start, int length)
     return buffer.getMagnitude(0, start, length);
 }
 } // namespace
-
-TEST(HostedMidiControllers, HostSeesOnlyTheEffectsParametersAsAutomatable)
-{
-    auto plugin = loadBuiltPlugin(kRate, kBlock);
-    ASSERT_NE(plugin, nullptr);
-    int automatable = 0;
-    for (auto* parameter : plugin->getParameters())
-        automatable += parameter->isAutomatable() ? 1 : 0;
-    EXPECT_EQ(automatable, 46) << "the 45 and the bypass";
-    EXPECT_EQ(effectParameters(*plugin).size(), 45);
-    EXPECT_GT(plugin->getParameters().size(), 46) << "the controller stand-ins are there, hidden from automation";
-}
 
 TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
 {
@@ -132,17 +88,5 @@ TEST(HostedMidiControllers, LearnedControllerMovesItsParameterAtControlBlocks)
     // Another controller leaves it alone.
     const auto other = rig.block({ { 75, 127 } });
     EXPECT_LT(peak(other, 0, kBlock), 10.0f * peak(quiet, 0, kBlock));
-}
-
-TEST(HostedMidiControllers, TransportControllersStartAndStopTheEngine)
-{
-    HostedRig rig;
-    ASSERT_NE(rig.plugin, nullptr);
-    rig.block({});
-    EXPECT_FALSE(rig.engineIsPlaying());
-    rig.block({ { 118, 127 } }); // start, stop or leave recording
-    EXPECT_TRUE(rig.engineIsPlaying());
-    rig.block({ { 117, 127 } }); // stop and back to the start
-    EXPECT_FALSE(rig.engineIsPlaying());
 }
 } // namespace oxa::host::testing

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 #ifndef FLUXDECK_BUILT_VST3_MODULE
 #define FLUXDECK_BUILT_VST3_MODULE ""
@@ -104,6 +105,29 @@ struct HostedInstance
     }
 
     void settle() { testing::settle(*plugin, *renderer); }
+
+    /** The effect's parameter values as the host reads them. */
+    std::vector<float> values() const
+    {
+        std::vector<float> result;
+        for (auto* parameter : effectParameters(*plugin))
+            result.push_back(parameter->getValue());
+        return result;
+    }
+
+    /** The host's state of the instance: its own XML around the plug-in's chunk. */
+    juce::MemoryBlock state() const
+    {
+        juce::MemoryBlock chunk;
+        plugin->getStateInformation(chunk);
+        return chunk;
+    }
+
+    void restore(const juce::MemoryBlock& hostState)
+    {
+        plugin->setStateInformation(hostState.getData(), (int) hostState.getSize());
+        settle();
+    }
 };
 
 /** The host's state wraps the plug-in's own chunk in XML; this swaps that chunk. */

@@ -24,23 +24,20 @@ void setAll(juce::AudioPluginInstance& plugin, float value)
 
 TEST(HostedProcessing, ZeroSampleBlockIsHarmless)
 {
-    auto plugin = loadBuiltPlugin(kRate, kBlock);
-    ASSERT_NE(plugin, nullptr);
-    OfflineRenderer renderer(*plugin, kBlock);
-    ASSERT_EQ(renderer.prepare(kRate, 2), "");
-    const auto latency = plugin->getLatencySamples();
-
+    HostedInstance hosted(kRate, kBlock);
+    ASSERT_NE(hosted.plugin, nullptr);
+    const auto latency = hosted.plugin->getLatencySamples();
     juce::AudioBuffer<float> empty(2, 0);
     juce::MidiBuffer midi;
     midi.addEvent(juce::MidiMessage::noteOn(1, 60, 0.8f), 0);
-    plugin->processBlock(empty, midi);
-    plugin->processBlock(empty, midi);
+    hosted.plugin->processBlock(empty, midi);
+    hosted.plugin->processBlock(empty, midi);
 
     // Ordinary blocks still run afterwards.
-    const auto output = renderer.render(makeNoise(2, 4 * kBlock), latency);
+    const auto output = hosted.renderer->render(makeNoise(2, 4 * kBlock), latency);
     EXPECT_EQ(output.getNumSamples(), 4 * kBlock + latency);
     EXPECT_TRUE(allFinite(output));
-    EXPECT_EQ(plugin->getLatencySamples(), latency);
+    EXPECT_EQ(hosted.plugin->getLatencySamples(), latency);
 }
 
 TEST(HostedProcessing, MonoInputGivesTwoEqualOutputChannels)
@@ -57,27 +54,23 @@ TEST(HostedProcessing, MonoInputGivesTwoEqualOutputChannels)
     ASSERT_EQ(output.getNumChannels(), 2);
 
     // Both channels see the same input; only the tape hiss, -80 dB by default, may differ.
-    float largestDifference = 0.0f;
+    float difference = 0.0f;
     for (int i = 0; i < output.getNumSamples(); ++i)
-        largestDifference = std::max(largestDifference, std::abs(output.getSample(0, i) - output.getSample(1, i)));
-
-    EXPECT_LT(largestDifference, 1.0e-3f);
+        difference = std::max(difference, std::abs(output.getSample(0, i) - output.getSample(1, i)));
+    EXPECT_LT(difference, 1.0e-3f);
     EXPECT_GT(rmsAfter(output, 0, latency), 0.01f) << "the mono input must come out, not silence";
     EXPECT_GT(rmsAfter(output, 1, latency), 0.01f);
 }
 
 TEST(HostedProcessing, StereoChannelsStayApart)
 {
-    auto plugin = loadBuiltPlugin(kRate, kBlock);
-    ASSERT_NE(plugin, nullptr);
-    OfflineRenderer renderer(*plugin, kBlock);
-    ASSERT_EQ(renderer.prepare(kRate, 2), "");
-    const auto latency = plugin->getLatencySamples();
-
+    HostedInstance hosted(kRate, kBlock);
+    ASSERT_NE(hosted.plugin, nullptr);
+    const auto latency = hosted.plugin->getLatencySamples();
     // Noise on the left only: the right output must stay near silence, the left must not.
     auto input = makeNoise(2, (int) (0.3 * kRate));
     input.clear(1, 0, input.getNumSamples());
-    const auto output = renderer.render(input, latency);
+    const auto output = hosted.renderer->render(input, latency);
 
     EXPECT_GT(rmsAfter(output, 0, latency), 0.01f);
     EXPECT_LT(rmsAfter(output, 1, 0), 1.0e-3f) << "left input leaks into the right output";
@@ -105,18 +98,15 @@ TEST(HostedProcessing, ExtremeAndInvalidParameterValuesKeepTheOutputFinite)
 
 TEST(HostedProcessing, LowLatencyModeTellsTheHostItsShorterLatency)
 {
-    auto plugin = loadBuiltPlugin(kRate, kBlock);
-    ASSERT_NE(plugin, nullptr);
-    OfflineRenderer renderer(*plugin, kBlock);
-    ASSERT_EQ(renderer.prepare(kRate, 2), "");
+    HostedInstance hosted(kRate, kBlock);
+    ASSERT_NE(hosted.plugin, nullptr);
+    auto& plugin = hosted.plugin;
     ASSERT_EQ(plugin->getLatencySamples(), 2646);
-
     auto* lowLatency = findParameter(*plugin, "Low Latency Mode");
     ASSERT_NE(lowLatency, nullptr);
-
     const auto waitForLatency = [&](int expected) {
         for (int attempt = 0; attempt < 20 && plugin->getLatencySamples() != expected; ++attempt)
-            settle(*plugin, renderer);
+            hosted.settle();
         return plugin->getLatencySamples();
     };
 

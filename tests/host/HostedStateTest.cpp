@@ -6,35 +6,7 @@ namespace oxa::host::testing
 {
 namespace
 {
-constexpr double kRate = 48000.0;
 constexpr int kBlock = 256;
-
-/** An instance prepared for stereo, with its renderer. */
-struct PreparedPlugin : HostedInstance
-{
-    PreparedPlugin() : HostedInstance(kRate, kBlock) {}
-
-    std::vector<float> values() const
-    {
-        std::vector<float> result;
-        for (auto* parameter : effectParameters(*plugin))
-            result.push_back(parameter->getValue());
-        return result;
-    }
-
-    juce::MemoryBlock state() const
-    {
-        juce::MemoryBlock chunk;
-        plugin->getStateInformation(chunk);
-        return chunk;
-    }
-
-    void restore(const juce::MemoryBlock& chunk)
-    {
-        plugin->setStateInformation(chunk.getData(), (int) chunk.getSize());
-        settle();
-    }
-};
 
 /** Moves every parameter away from its default, each to a different place; switches are
     turned away from theirs. Choices get one of their own steps: the host keeps what it
@@ -63,36 +35,6 @@ void expectSameValues(const std::vector<float>& actual, const std::vector<float>
 
 } // namespace
 
-TEST(HostedState, RoundTripRestoresEveryParameter)
-{
-    PreparedPlugin original;
-    ASSERT_NE(original.plugin, nullptr);
-
-    scatterParameters(*original.plugin, 0.05f);
-    original.settle();
-    const auto saved = original.values();
-    const auto chunk = original.state();
-    ASSERT_GT(chunk.getSize(), 0u);
-
-    // Same instance: change everything, then load the saved state back.
-    scatterParameters(*original.plugin, 0.61f);
-    original.settle();
-    original.restore(chunk);
-    expectSameValues(original.values(), saved, "same instance");
-
-    // A fresh instance, as when a project is opened.
-    PreparedPlugin reopened;
-    ASSERT_NE(reopened.plugin, nullptr);
-    reopened.restore(chunk);
-    expectSameValues(reopened.values(), saved, "fresh instance");
-
-    // Saving the restored state again gives a state that restores the same values.
-    PreparedPlugin copy;
-    ASSERT_NE(copy.plugin, nullptr);
-    copy.restore(reopened.state());
-    expectSameValues(copy.values(), saved, "state of a restored instance");
-}
-
 TEST(HostedState, ReopenedProjectSoundsTheSame)
 {
     // Every parameter away from its default (which switches the tape machine's stages
@@ -101,7 +43,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
     {
         SCOPED_TRACE(flipSwitches ? "every parameter moved" : "every switch on");
         // The session as the user left it, audio already played.
-        PreparedPlugin original;
+        HostedInstance original;
         ASSERT_NE(original.plugin, nullptr);
         scatterParameters(*original.plugin, 0.3f, flipSwitches);
         original.settle();
@@ -109,7 +51,7 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
         const auto chunk = original.state();
 
         // The same project opened again in a fresh instance.
-        PreparedPlugin reopened;
+        HostedInstance reopened;
         ASSERT_NE(reopened.plugin, nullptr);
         reopened.restore(chunk);
         expectSameValues(reopened.values(), original.values(), "reopened");
@@ -143,31 +85,27 @@ TEST(HostedState, ReopenedProjectSoundsTheSame)
 
 TEST(HostedState, CorruptChunksLeaveTheCurrentStateInPlace)
 {
-    PreparedPlugin prepared;
+    HostedInstance prepared;
     ASSERT_NE(prepared.plugin, nullptr);
 
     scatterParameters(*prepared.plugin, 0.3f);
     prepared.settle();
     const auto before = prepared.values();
     const auto hostState = prepared.state();
-    const auto chunk = componentChunkOf(hostState);
 
-    juce::MemoryBlock truncated(chunk.getData(), chunk.getSize() / 2);
+    // What the wrapper must pass on, or refuse itself; the plug-in's own refusals of every
+    // kind of broken chunk are the state chunk's unit tests.
     juce::MemoryBlock garbage(300);
     juce::Random random(5);
     for (size_t i = 0; i < garbage.getSize(); ++i)
         garbage[i] = (char) random.nextInt(256);
     juce::MemoryBlock magicThenGarbage("OXA4\x01\x00\x00\x00\xff\xff\xff\x7f", 12);
     magicThenGarbage.append(garbage.getData(), 64);
-
     const std::pair<const char*, juce::MemoryBlock> corruptions[] = {
-        { "truncated chunk", withComponentChunk(hostState, truncated) },
-        { "random bytes", withComponentChunk(hostState, garbage) },
         { "right magic, absurd length", withComponentChunk(hostState, magicThenGarbage) },
         { "empty chunk", withComponentChunk(hostState, {}) },
         { "not even the host's XML", garbage },
     };
-
     for (const auto& [what, state] : corruptions)
     {
         prepared.restore(state);

@@ -1,66 +1,24 @@
 // The host's flat parameter list over the element tree: conversions by kind,
 // deferred writes, notifications, saved bindings, and the product's 45 slots.
-#include "element/ParameterRegistry.h"
-#include "engine/BasicProcessingElement.h"
+#include "engine/EngineTestRig.h"
 #include "plugin/ExportedPluginParameter.h"
 #include "plugin/FluxDeckPlugin.h"
 
 #include <gtest/gtest.h>
 #include <tinyxml2.h>
 
-#include <atomic>
 #include <cmath>
 #include <limits>
-#include <thread>
 #include <vector>
 
 using namespace oxa;
 
 namespace
 {
-class KnobBox : public BasicProcessingElement
-{
-public:
-    struct Ids
-    {
-        uint32_t level, choice, toggle;
-    };
-    static const Ids& ids()
-    {
-        static const Ids made = [] {
-            (void) ProcessingElement::syncToHostId();
-            auto& r = ParameterRegistry::instance();
-            ParameterDescription<float> level("KnobLevel", 5.0f, 0.0f, 10.0f);
-            level.displayName = String("Knob Level");
-            ParameterDescription<int> choice("KnobChoice", 1, 0, 3);
-            ParameterDescription<bool> toggle("KnobToggle", true);
-            return Ids {r.registerFloat(level), r.registerInt(choice), r.registerBool(toggle)};
-        }();
-        return made;
-    }
+using test::GainEffect;
 
-    KnobBox() : BasicProcessingElement(String("KnobBox"), String("Box"))
-    {
-        addParameters({new ParameterInfo<float>(ids().level, this, &KnobBox::level, &KnobBox::setLevel)},
-                      {new ParameterInfo<int>(ids().choice, this, &KnobBox::choice, &KnobBox::setChoice)},
-                      {new ParameterInfo<bool>(ids().toggle, this, &KnobBox::toggle, &KnobBox::setToggle)});
-    }
-    void processAudio(RenderContext&, ElementState*, uint32_t, float* const*, const bool*) override {}
-
-    float levelValue = 5.0f;
-    int choiceValue = 1;
-    bool toggleValue = true;
-
-private:
-    float level(const ElementState&) const { return levelValue; }
-    void setLevel(ElementState&, float v) { levelValue = v; }
-    int choice(const ElementState&) const { return choiceValue; }
-    void setChoice(ElementState&, int v) { choiceValue = v; }
-    bool toggle(const ElementState&) const { return toggleValue; }
-    void setToggle(ElementState&, bool v) { toggleValue = v; }
-};
-
-/** The generic frame over an engine with one KnobBox at "/Box" and three slots plus a spare. */
+/** The generic frame over an engine with one gain effect at "/Box": a slot for each of its
+    parameters, and a spare. */
 class BoxPlugin : public Plugin
 {
 public:
@@ -70,20 +28,19 @@ public:
                      .withInput("Input", juce::AudioChannelSet::stereo(), true)
                      .withOutput("Output", juce::AudioChannelSet::stereo(), true))
     {
-        box = std::make_shared<KnobBox>();
+        box = std::make_shared<GainEffect>("Box");
         auto engine = std::make_shared<Engine>();
         engine->addElement(box);
         setEngine(engine);
-        level = exportParameter(String("/Box"), ids().level, String(), true);
-        choice = exportParameter(String("/Box"), ids().choice, String(), true);
-        toggle = exportParameter(String("/Box"), ids().toggle, String("Switch"), true);
+        level = exportParameter(String("/Box"), GainEffect::gainId(), String(), true);
+        choice = exportParameter(String("/Box"), GainEffect::choiceId(), String(), true);
+        toggle = exportParameter(String("/Box"), GainEffect::switchId(), String("Switch"), true);
         spare = exportParameter(String("Spare"));
     }
     ~BoxPlugin() override { setEngine(nullptr); }
     juce::AudioProcessorEditor* createEditor() override { return nullptr; }
-    static const KnobBox::Ids& ids() { return KnobBox::ids(); }
 
-    std::shared_ptr<KnobBox> box;
+    std::shared_ptr<GainEffect> box;
     ExportedPluginParameter* level = nullptr;
     ExportedPluginParameter* choice = nullptr;
     ExportedPluginParameter* toggle = nullptr;
@@ -107,11 +64,6 @@ struct HostSide : juce::AudioProcessorParameter::Listener
     int lastIndex = -1;
     float lastValue = -1.0f;
 };
-
-void deliverQueuedChanges()
-{
-    ParameterChangedAsyncSignal::drainNow();
-}
 } // namespace
 
 TEST(HostParameters, ConversionsByKind)
@@ -123,8 +75,8 @@ TEST(HostParameters, ConversionsByKind)
     EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.5f);
     EXPECT_FLOAT_EQ(plugin.level->getDefaultValue(), 0.5f);
     EXPECT_FALSE(plugin.level->isDiscrete());
-    EXPECT_EQ(plugin.level->getName(100), juce::String("Knob Level"));
-    EXPECT_EQ(plugin.level->getName(4), juce::String("Knob"));
+    EXPECT_EQ(plugin.level->getName(100), juce::String("Test Gain"));
+    EXPECT_EQ(plugin.level->getName(4), juce::String("Test"));
     EXPECT_EQ(plugin.toggle->getName(100), juce::String("Switch")) << "an own display name wins";
 
     // integer 0..3: four steps, and the middle rounds up to 2
@@ -133,14 +85,15 @@ TEST(HostParameters, ConversionsByKind)
     EXPECT_FALSE(plugin.choice->isBoolean());
     EXPECT_FLOAT_EQ(plugin.choice->getDefaultValue(), 1.0f / 3.0f);
     plugin.choice->setValue(0.5f);
-    EXPECT_EQ(plugin.box->intParameter(KnobBox::ids().choice), 2);
+    EXPECT_EQ(plugin.box->intParameter(GainEffect::choiceId()), 2);
     EXPECT_FLOAT_EQ(plugin.choice->getValue(), 2.0f / 3.0f);
 
     // bool: exactly one half is still off
     EXPECT_EQ(plugin.toggle->getNumSteps(), 2);
     EXPECT_TRUE(plugin.toggle->isBoolean());
+    plugin.toggle->setValue(1.0f);
     plugin.toggle->setValue(0.5f);
-    EXPECT_FALSE(plugin.box->boolParameter(KnobBox::ids().toggle));
+    EXPECT_FALSE(plugin.box->boolParameter(GainEffect::switchId()));
     EXPECT_FLOAT_EQ(plugin.toggle->getValue(), 0.0f);
     plugin.toggle->setValue(0.51f);
     EXPECT_FLOAT_EQ(plugin.toggle->getValue(), 1.0f);
@@ -163,7 +116,7 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
 {
     BoxPlugin plugin;
     plugin.prepareToPlay(48000.0, 64);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     HostSide host;
     plugin.level->addListener(&host);
 
@@ -175,28 +128,28 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     // a new value is only noted; the render applies it
     plugin.level->setValue(0.8f);
     EXPECT_TRUE(plugin.box->hasPendingUpdate());
-    EXPECT_FLOAT_EQ(plugin.box->levelValue, 5.0f);
+    EXPECT_FLOAT_EQ(plugin.box->gainValue, 1.0f);
     EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.8f);
     EXPECT_EQ(host.changes, 0) << "no echo while the host writes";
     juce::AudioBuffer<float> buffer(2, 64);
     buffer.clear();
     juce::MidiBuffer midi;
     plugin.processBlock(buffer, midi);
-    EXPECT_FLOAT_EQ(plugin.box->levelValue, 8.0f);
+    EXPECT_FLOAT_EQ(plugin.box->gainValue, 1.6f);
 
     // broken host values change nothing
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     host.changes = 0;
     plugin.level->setValue(std::numeric_limits<float>::quiet_NaN());
     plugin.level->setValue(std::numeric_limits<float>::infinity());
     plugin.choice->setValue(-std::numeric_limits<float>::infinity());
     EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.8f);
-    EXPECT_EQ(plugin.box->intParameter(KnobBox::ids().choice), 1);
+    EXPECT_EQ(plugin.box->intParameter(GainEffect::choiceId()), 1);
 
     // a change made on the element's side reaches the host once, normalised
-    plugin.box->setFloatParameter(KnobBox::ids().level, 2.0f);
+    plugin.box->setFloatParameter(GainEffect::gainId(), 0.4f);
     EXPECT_EQ(host.changes, 0);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
     EXPECT_EQ(host.changes, 1);
     EXPECT_EQ(host.lastIndex, plugin.level->getParameterIndex());
     EXPECT_FLOAT_EQ(host.lastValue, 0.2f);
@@ -212,20 +165,20 @@ TEST(HostParameters, EditorGesturesReachOnlyTheirOwnSlot)
     EngineProxy& proxy = *plugin.getProxy();
     const int level = plugin.level->getParameterIndex() + 1;
 
-    proxy.beginGesture(*plugin.box, KnobBox::ids().level);
-    proxy.endGesture(*plugin.box, KnobBox::ids().level);
+    proxy.beginGesture(*plugin.box, GainEffect::gainId());
+    proxy.endGesture(*plugin.box, GainEffect::gainId());
     EXPECT_EQ(host.gestures, (std::vector<int> {level, -level}));
 
     // another element with the same id, or an id no slot exports, is not ours
-    KnobBox stranger;
+    GainEffect stranger("Box");
     host.gestures.clear();
-    proxy.beginGesture(stranger, KnobBox::ids().level);
-    proxy.beginGesture(*plugin.box, KnobBox::ids().toggle + 1000);
+    proxy.beginGesture(stranger, GainEffect::gainId());
+    proxy.beginGesture(*plugin.box, GainEffect::switchId() + 1000);
     EXPECT_TRUE(host.gestures.empty());
 
     // an unbound slot says nothing to the host
     plugin.unbindSlot(0, false);
-    proxy.beginGesture(*plugin.box, KnobBox::ids().level);
+    proxy.beginGesture(*plugin.box, GainEffect::gainId());
     EXPECT_TRUE(host.gestures.empty());
     plugin.level->removeListener(&host);
     plugin.choice->removeListener(&host);
@@ -234,8 +187,8 @@ TEST(HostParameters, EditorGesturesReachOnlyTheirOwnSlot)
 TEST(HostParameters, SlotsFollowAReplacedEngine)
 {
     BoxPlugin plugin;
-    auto box = std::make_shared<KnobBox>();
-    box->levelValue = 1.0f;
+    auto box = std::make_shared<GainEffect>("Box");
+    box->gainValue = 0.2f;
     box->publishParameters(); // written behind the element's back
     auto engine = std::make_shared<Engine>();
     engine->addElement(box);
@@ -244,14 +197,14 @@ TEST(HostParameters, SlotsFollowAReplacedEngine)
     ASSERT_TRUE(plugin.level->isBound());
     EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.1f);
     plugin.level->setValue(0.3f);
-    EXPECT_FLOAT_EQ(box->floatParameter(KnobBox::ids().level), 3.0f);
-    EXPECT_EQ(plugin.findSlot(String("/Box"), KnobBox::ids().level), std::optional<size_t>(0));
+    EXPECT_FLOAT_EQ(box->floatParameter(GainEffect::gainId()), 0.6f);
+    EXPECT_EQ(plugin.findSlot(String("/Box"), GainEffect::gainId()), std::optional<size_t>(0));
 
     // an engine without the element: slots stay, unbound, with their default names
     plugin.setEngine(std::make_shared<Engine>());
     EXPECT_FALSE(plugin.level->isBound());
     EXPECT_FLOAT_EQ(plugin.level->getValue(), 0.0f);
-    EXPECT_FALSE(plugin.findSlot(String("/Box"), KnobBox::ids().level).has_value());
+    EXPECT_FALSE(plugin.findSlot(String("/Box"), GainEffect::gainId()).has_value());
 }
 
 TEST(HostParameters, BindingsSaveLoadAndBind)
@@ -268,36 +221,36 @@ TEST(HostParameters, BindingsSaveLoadAndBind)
     const auto* second = automation->FirstChildElement()->NextSiblingElement();
     EXPECT_EQ(second->UnsignedAttribute("sourceIndex"), 1u);
     EXPECT_STREQ(second->Attribute("targetPath"), "/Box");
-    EXPECT_STREQ(second->Attribute("parameterName"), "KnobChoice");
+    EXPECT_STREQ(second->Attribute("parameterName"), "TestChoice");
 
     // bad children are skipped, the good one still loads
     tinyxml2::XMLDocument bad;
     ASSERT_EQ(bad.Parse("<Automation>"
-                        "<AutomationConnection sourceIndex='45' targetPath='/Box' parameterName='KnobLevel'/>"
-                        "<AutomationConnection targetPath='/Box' parameterName='KnobLevel'/>"
-                        "<AutomationConnection sourceIndex='2' targetPath='/Nowhere' parameterName='KnobLevel'/>"
+                        "<AutomationConnection sourceIndex='45' targetPath='/Box' parameterName='TestGain'/>"
+                        "<AutomationConnection targetPath='/Box' parameterName='TestGain'/>"
+                        "<AutomationConnection sourceIndex='2' targetPath='/Nowhere' parameterName='TestGain'/>"
                         "<AutomationConnection sourceIndex='1' targetPath='/Box' parameterName='NoSuchName'/>"
-                        "<AutomationConnection sourceIndex='3' targetPath='/Box' parameterName='KnobLevel'/>"
+                        "<AutomationConnection sourceIndex='3' targetPath='/Box' parameterName='TestGain'/>"
                         "</Automation>"),
               tinyxml2::XML_SUCCESS);
     plugin.load(bad.RootElement());
     for (auto* unbound : {plugin.level, plugin.choice, plugin.toggle})
         EXPECT_FALSE(unbound->isBound());
     ASSERT_TRUE(plugin.spare->isBound());
-    EXPECT_EQ(plugin.spare->getName(100), juce::String("Knob Level"))
+    EXPECT_EQ(plugin.spare->getName(100), juce::String("Test Gain"))
         << "without a saved display name the slot shows the parameter's own, as before the save";
     EXPECT_FLOAT_EQ(plugin.spare->getValue(), 0.5f);
 
     // bind: a known target is refused, a free target goes back to its old slot first
-    EXPECT_FALSE(plugin.bind({String("/Box"), String("KnobLevel")}, String()));
+    EXPECT_FALSE(plugin.bind({String("/Box"), String("TestGain")}, String()));
     EXPECT_FALSE(plugin.bind({String("/Box"), String("NoSuchName")}, String()));
-    EXPECT_TRUE(plugin.bind({String("/Box"), String("KnobToggle")}, String()));
+    EXPECT_TRUE(plugin.bind({String("/Box"), String("TestSwitch")}, String()));
     EXPECT_TRUE(plugin.toggle->isBound());
-    plugin.unbind({String("/Box"), String("KnobToggle")});
+    plugin.unbind({String("/Box"), String("TestSwitch")});
     EXPECT_FALSE(plugin.toggle->isBound());
-    EXPECT_TRUE(plugin.bind({String("/Box"), String("KnobChoice")}, String()));
-    EXPECT_TRUE(plugin.bind({String("/Box"), String("KnobToggle")}, String()));
-    EXPECT_FALSE(plugin.bind({String("/Box"), String("KnobToggle")}, String()));
+    EXPECT_TRUE(plugin.bind({String("/Box"), String("TestChoice")}, String()));
+    EXPECT_TRUE(plugin.bind({String("/Box"), String("TestSwitch")}, String()));
+    EXPECT_FALSE(plugin.bind({String("/Box"), String("TestSwitch")}, String()));
     EXPECT_TRUE(plugin.choice->isBound());
     EXPECT_TRUE(plugin.toggle->isBound());
     EXPECT_TRUE(plugin.level->targetPath().isEmpty());
@@ -322,38 +275,6 @@ TEST(FluxDeckHostParameters, FortyFiveSlotsAtTheEffect)
     }
     EXPECT_EQ(plugin.parameterAt(15)->getName(100), juce::String("Low Latency Mode"));
     EXPECT_TRUE(plugin.parameterAt(15)->isBoolean());
-}
-
-TEST(FluxDeckHostParameters, HostWritesWhileAnotherThreadRenders)
-{
-    FluxDeckPlugin plugin;
-    plugin.prepareToPlay(48000.0, 128);
-    auto* gain = plugin.parameterAt(28);
-    ASSERT_TRUE(gain->isBound());
-
-    std::atomic<bool> stop {false};
-    std::thread audio([&] {
-        juce::AudioBuffer<float> buffer(2, 128);
-        juce::MidiBuffer midi;
-        while (!stop.load())
-        {
-            buffer.clear();
-            plugin.processBlock(buffer, midi);
-        }
-    });
-    std::thread host([&] {
-        for (int i = 0; i <= 2000; ++i)
-            gain->setValue((float) (i % 101) / 100.0f);
-    });
-    host.join();
-    stop.store(true);
-    audio.join();
-
-    juce::AudioBuffer<float> buffer(2, 128);
-    juce::MidiBuffer midi;
-    plugin.processBlock(buffer, midi);
-    EXPECT_NEAR(gain->getValue(), 0.81f, 1e-4f); // 2000 % 101 = 81
-    deliverQueuedChanges();
 }
 
 namespace
@@ -427,5 +348,5 @@ TEST(FluxDeckHostParameters, ARepeatedHostPositionDoesNotSetTheElementAgain)
         plugin.applyPendingWrites();
     }
     EXPECT_EQ(rewritten, 0);
-    deliverQueuedChanges();
+    ParameterChangedAsyncSignal::drainNow();
 }

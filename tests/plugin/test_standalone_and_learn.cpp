@@ -4,11 +4,13 @@
 #include "engine/instrument/SynthElements.h"
 #include "plugin/FluxDeckPlugin.h"
 #include "support/ScopedWrapperType.h"
+#include "support/StateChunks.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <gtest/gtest.h>
 
 using namespace oxa;
+using namespace oxa::test;
 
 namespace
 {
@@ -24,25 +26,6 @@ std::vector<std::string> topLevelNames(const FluxDeckPlugin& plugin)
     for (const ProcessingElement* e : plugin.getEngine()->renderOrder())
         names.push_back(e->name().text().str());
     return names;
-}
-
-juce::MemoryBlock stateOf(juce::AudioProcessor& plugin)
-{
-    juce::MemoryBlock chunk;
-    plugin.getStateInformation(chunk);
-    return chunk;
-}
-
-void setState(juce::AudioProcessor& plugin, const juce::MemoryBlock& chunk)
-{
-    plugin.setStateInformation(chunk.getData(), (int) chunk.getSize());
-}
-
-std::string xmlOf(const juce::MemoryBlock& chunk)
-{
-    juce::MemoryInputStream raw(static_cast<const char*>(chunk.getData()) + 12, chunk.getSize() - 12, false);
-    juce::GZIPDecompressorInputStream inflated(raw);
-    return inflated.readEntireStreamAsString().toStdString();
 }
 
 MidiLearn learnOf(FluxDeckPlugin& plugin, uint32_t id)
@@ -85,6 +68,7 @@ TEST(PluginTree, OnlyTheStandaloneGetsTheTestVoiceAndTheEffectKeepsItsPath)
         EXPECT_EQ(fx->path(), String("/FluxDeck"));
         EXPECT_EQ(plugin->getParameters().size(), 45);
     }
+    EXPECT_EQ(FluxDeckPluginDefinition::instance().makerKey(), std::string("net"));
 }
 
 TEST(PluginTree, StandaloneVoicePlaysThroughTheEffectAndComesBackWithItsState)
@@ -134,41 +118,7 @@ TEST(MidiLearnState, LearnedControllerIsSavedRestoredAndDroppedWithTheState)
     const size_t to = noEffect.find("</FluxDeck>") + std::strlen("</FluxDeck>");
     ASSERT_LT(from, to);
     noEffect.erase(from, to - from);
-    juce::MemoryBlock chunk;
-    Plugin::writeStateChunk(noEffect.data(), (int) noEffect.size(), chunk);
-    setState(*target, chunk);
+    setState(*target, chunkOf(noEffect));
     EXPECT_FALSE(restored.canBind());
     EXPECT_EQ(restored.boundController(), -1);
-}
-
-TEST(MidiLearnState, LearnedControllerSetsTheEffectsOutputGain)
-{
-    // learned in one instance, arriving in another with the state
-    auto learned = makePlugin(juce::AudioProcessor::wrapperType_VST3);
-    ASSERT_TRUE(learnOf(*learned, FluxDeckProcessor::ids().outputGain).bind(74));
-    auto plugin = makePlugin(juce::AudioProcessor::wrapperType_VST3);
-    plugin->prepareToPlay(48000.0, 512);
-    setState(*plugin, stateOf(*learned));
-    juce::Random random(3);
-    auto run = [&](int value) {
-        juce::AudioBuffer<float> buffer(2, 512);
-        float peak = 0.0f;
-        for (int b = 0; b < 8; ++b)
-        {
-            for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < 512; ++i)
-                    buffer.setSample(c, i, random.nextFloat() - 0.5f);
-            juce::MidiBuffer midi;
-            midi.addEvent(juce::MidiMessage::controllerEvent(1, 74, value), 0);
-            plugin->processBlock(buffer, midi);
-            peak = buffer.getMagnitude(0, 0, 512);
-        }
-        return peak;
-    };
-    const float quiet = run(0);
-    const float loud = run(127);
-    EXPECT_GT(loud, 1000.0f * quiet) << loud << " " << quiet;
-
-    // And back down: the effect glides its gain there within a few blocks.
-    EXPECT_LT(run(0), loud * 1.0e-3f);
 }

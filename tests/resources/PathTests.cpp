@@ -1,4 +1,4 @@
-// Path text rules: separators, joining, parents and dot segments.
+// Path text rules: separators, joining, parents and dot segments, and paths on volumes.
 #include "resources/Path.h"
 #include "resources/Volume.h"
 #include "resources/VolumeTable.h"
@@ -11,29 +11,53 @@ namespace oxa
 namespace
 {
 
-TEST(PathText, SlashesEmptyTextAndUtf8)
+class PathWithVolumes : public ::testing::Test
 {
-    EXPECT_EQ(Path("c:\\a\\b"), Path("c:/a/b"));
-    EXPECT_EQ(Path(std::string("x\\y")).str(), "x/y");
-    EXPECT_EQ(Path(juce::String("p\\q\\")).str(), "p/q/");
-    EXPECT_EQ(Path(std::string("a\\b")).joined(Path("c\\d")).str(), "a/b/c/d");
+protected:
+    void SetUp() override { ensureDefaultVolumes(); }
+};
+
+TEST_F(PathWithVolumes, SlashesJoinsParentsAndDotSegments)
+{
+    const std::pair<Path, const char*> cases[] = {
+        {Path("c:\\a\\b"), "c:/a/b"},
+        {Path(std::string("x\\y")), "x/y"},
+        {Path(juce::String("p\\q\\")), "p/q/"},
+        {Path(std::string("a\\b")).joined(Path("c\\d")), "a/b/c/d"},
+        // exactly one slash between the sides, and an empty side adds none
+        {Path("a/").joined(Path("/b")), "a/b"},
+        {Path("a").joined(Path("b")), "a/b"},
+        {Path("a/").joined(Path("b")), "a/b"},
+        {Path("a").joined(Path("/b")), "a/b"},
+        {Path("/").joined(Path("/home")), "/home"},
+        {Path().joined(Path("/b")), "/b"},
+        {Path("a").joined(Path()), "a"},
+        {Path("a/b/c").parent(), "a/b"},
+        {Path("a/b/c/").parent(), "a/b"},
+        {Path("/a").parent(), "/"},
+        {Path("a").parent(), ""},
+        {Path("$Resource/resource").parent(), "$Resource"},
+        {Path("/a/b/../c").normaliseDots(), "/a/c"},
+        {Path("/a/b/../../c").normaliseDots(), "/c"},
+        {Path("resource/presets/../fonts/").normaliseDots(), "resource/fonts/"},
+        {Path("/a/b/c").normaliseDots(), "/a/b/c"},
+        {Path("/a/..b/c..").normaliseDots(), "/a/..b/c.."}, // names that merely contain dots
+        // ".." never eats the volume prefix
+        {Path("$Resource/resource/presets/../fonts").normaliseDots(), "$Resource/resource/fonts"},
+        {Path("$Resource/../../resource").normaliseDots(), "$Resource/resource"},
+        {Path("/../../etc").normaliseDots(), "/etc"},
+    };
+    for (const auto& [path, expected] : cases)
+        EXPECT_EQ(path.str(), expected);
 
     EXPECT_TRUE(Path(static_cast<const char*>(nullptr)).isEmpty());
     EXPECT_TRUE(Path("").isEmpty());
     EXPECT_TRUE(Path().text().isEmpty());
     const Path path(std::string("/tmp/Caf\xc3\xa9 Presets"));
     EXPECT_EQ(path.text(), juce::String(juce::CharPointer_UTF8("/tmp/Caf\xc3\xa9 Presets")));
-}
-
-TEST(PathJoin, ExactlyOneSlashEmptySidesAndSharing)
-{
-    EXPECT_EQ(Path("a/").joined(Path("/b")).str(), "a/b");
-    EXPECT_EQ(Path("a").joined(Path("b")).str(), "a/b");
-    EXPECT_EQ(Path("a/").joined(Path("b")).str(), "a/b");
-    EXPECT_EQ(Path("a").joined(Path("/b")).str(), "a/b");
-    EXPECT_EQ(Path("/").joined(Path("/home")).str(), "/home");
-    EXPECT_EQ(Path().joined(Path("/b")).str(), "/b");
-    EXPECT_EQ(Path("a").joined(Path()).str(), "a");
+    EXPECT_EQ(Path("a/b/Classic Drive.fxps").fileName(), "Classic Drive.fxps");
+    EXPECT_EQ(Path("a/b/").fileName(), "b");
+    EXPECT_EQ(Path("single").fileName(), "single");
 
     // Copies share text; appending to one must not change the other.
     Path original("base");
@@ -42,39 +66,6 @@ TEST(PathJoin, ExactlyOneSlashEmptySidesAndSharing)
     EXPECT_EQ(original.str(), "base");
     EXPECT_EQ(copy.str(), "base/child");
     EXPECT_EQ(original.joined("x/").joined("y").str(), "base/x/y");
-}
-
-TEST(PathParts, ParentAndFileName)
-{
-    EXPECT_EQ(Path("a/b/c").parent().str(), "a/b");
-    EXPECT_EQ(Path("a/b/c/").parent().str(), "a/b");
-    EXPECT_EQ(Path("/a").parent().str(), "/");
-    EXPECT_TRUE(Path("a").parent().isEmpty());
-    EXPECT_EQ(Path("$Resource/resource").parent().str(), "$Resource");
-
-    EXPECT_EQ(Path("a/b/Classic Drive.fxps").fileName(), "Classic Drive.fxps");
-    EXPECT_EQ(Path("a/b/").fileName(), "b");
-    EXPECT_EQ(Path("single").fileName(), "single");
-}
-
-class PathWithVolumes : public ::testing::Test
-{
-protected:
-    void SetUp() override { ensureDefaultVolumes(); }
-};
-
-TEST_F(PathWithVolumes, DotDotRemovesThePreviousSegmentButNotThePrefix)
-{
-    EXPECT_EQ(Path("/a/b/../c").normaliseDots().str(), "/a/c");
-    EXPECT_EQ(Path("/a/b/../../c").normaliseDots().str(), "/c");
-    EXPECT_EQ(Path("resource/presets/../fonts/").normaliseDots().str(), "resource/fonts/");
-    EXPECT_EQ(Path("/a/b/c").normaliseDots().str(), "/a/b/c");
-    // Names that merely contain dots are not dot segments.
-    EXPECT_EQ(Path("/a/..b/c..").normaliseDots().str(), "/a/..b/c..");
-    // Nor does ".." ever eat the volume prefix.
-    EXPECT_EQ(Path("$Resource/resource/presets/../fonts").normaliseDots().str(), "$Resource/resource/fonts");
-    EXPECT_EQ(Path("$Resource/../../resource").normaliseDots().str(), "$Resource/resource");
-    EXPECT_EQ(Path("/../../etc").normaliseDots().str(), "/etc");
 }
 
 TEST_F(PathWithVolumes, StrayDollarBeforeANativeVolume)

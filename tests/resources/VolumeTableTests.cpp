@@ -33,7 +33,7 @@ Volume* add(VolumeTable& table, const std::string& name, std::uint32_t kind)
     return table.addVolume(std::make_unique<NamedVolume>(name, kind));
 }
 
-TEST(VolumeLookup, LongestPrefixWinsAndCaseRules)
+TEST(VolumeLookup, LongestPrefixWinsCaseRulesAndThePathInside)
 {
     VolumeTable table;
     auto* drive = add(table, "c:", Volume::nativeKind);
@@ -54,18 +54,13 @@ TEST(VolumeLookup, LongestPrefixWinsAndCaseRules)
     EXPECT_EQ(table.volumeFor(Path("$RESOURCE/x")), nullptr);
     // A native volume still answers when an older document wrote "$" before it.
     EXPECT_EQ(table.volumeFor(Path("$c:/Sounds/kick.wav")), sounds);
-}
 
-TEST(VolumeLookup, PrefixPathAndPathInside)
-{
-    NamedVolume native("c:", Volume::nativeKind);
-    NamedVolume archive("Resource", Volume::resourceKind);
-    EXPECT_EQ(native.prefixPath(), "c:");
-    EXPECT_EQ(archive.prefixPath(), "$Resource");
-    EXPECT_EQ(native.pathInside(Path("c:/a/b")).str(), "a/b");
-    EXPECT_EQ(native.pathInside(Path("$c:/a/b")).str(), "a/b");
-    EXPECT_EQ(archive.pathInside(Path("$Resource/resource/fonts")).str(), "resource/fonts");
-    EXPECT_EQ(archive.pathInside(Path("$Resource")).str(), "");
+    EXPECT_EQ(drive->prefixPath(), "c:");
+    EXPECT_EQ(archive->prefixPath(), "$Resource");
+    EXPECT_EQ(drive->pathInside(Path("c:/a/b")).str(), "a/b");
+    EXPECT_EQ(drive->pathInside(Path("$c:/a/b")).str(), "a/b");
+    EXPECT_EQ(archive->pathInside(Path("$Resource/resource/fonts")).str(), "resource/fonts");
+    EXPECT_EQ(archive->pathInside(Path("$Resource")).str(), "");
 }
 
 TEST(VolumeAdmission, RefusesInvalidAndDuplicateNamesAndAnnouncesTheRest)
@@ -152,14 +147,11 @@ TEST_F(VolumeMounting, FirstCreatorThatTakesThePathWins)
     auto* pickyRaw = picky.get();
     table.addCreator(std::make_unique<ImageCreator>(true));
     table.addCreator(std::move(picky));
-
     std::string error;
-    auto* volume = table.mount(existing, error);
-    ASSERT_NE(volume, nullptr);
+    ASSERT_NE(table.mount(existing, error), nullptr);
     EXPECT_TRUE(error.empty());
     EXPECT_TRUE(table.isMounted(existing.fileName()));
     EXPECT_EQ(pickyRaw->calls, 0);
-
     // The same image again: the name is taken, so the table refuses it.
     EXPECT_EQ(table.mount(existing, error), nullptr);
     EXPECT_NE(error.find("(Invalid file)"), std::string::npos);
@@ -193,7 +185,7 @@ protected:
     Path base;
 };
 
-TEST_F(NativeFolder, WriteReadAppendAndReplace)
+TEST_F(NativeFolder, WriteReadAppendReplaceInfoListAndRemove)
 {
     const auto file = base.joined("User Presets/Deep/one.fxps");
     EXPECT_TRUE(file.parent().createFolders());
@@ -207,10 +199,8 @@ TEST_F(NativeFolder, WriteReadAppendAndReplace)
     EXPECT_EQ(readAll(file), "new");
 
     EXPECT_EQ(file.openInput()->size(), 3) << "replacing truncates";
-}
+    ASSERT_TRUE(file.parent().parent().remove(true));
 
-TEST_F(NativeFolder, InfoListAndRemove)
-{
     write(base.joined("b.fxps"), "b", false);
     write(base.joined("a.fxps"), "a", false);
     ASSERT_TRUE(base.joined("c").createFolders());

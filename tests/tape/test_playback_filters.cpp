@@ -1,3 +1,4 @@
+#include "tape/PlaybackChainsInLanes.h"
 #include "tape/PlaybackFilterChain.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -259,6 +261,57 @@ TEST (PlaybackFilterChainBehaviour, RedesignKeepsHistoriesAndRefusesBadValues)
         const double x = std::sin (0.05 * n);
         EXPECT_EQ (running.process (x), untouched.process (x));
     }
+}
+
+TEST (PlaybackChainsInLanes, EachLaneGivesItsOwnChainBitForBitAcrossBlocks)
+{
+    // Two decks with different designs (one azimuth long enough to wrap its ring within a
+    // block), so a lane that took the other's coefficient, history or ring would show.
+    PlaybackFilterChain lanesFirst, lanesSecond, aloneFirst, aloneSecond;
+    for (PlaybackFilterChain* chain : {&lanesFirst, &aloneFirst})
+    {
+        chain->setSpeed (0.5);
+        chain->setSpacing (0.00003);
+        chain->setAzimuth (0.0009);
+    }
+    for (PlaybackFilterChain* chain : {&lanesSecond, &aloneSecond})
+    {
+        chain->setThickness (0.00002);
+        chain->setTrackWidthRatio (3.0);
+    }
+    std::uint32_t state = 1;
+    for (int block = 0; block < 6; ++block)
+    {
+        PlaybackChainsInLanes lanes;
+        ASSERT_TRUE (lanes.gather (lanesFirst, lanesSecond));
+        for (int n = 0; n < 300; ++n)
+        {
+            state = state * 1664525u + 1013904223u;
+            const double x = static_cast<double> (state) / 4294967296.0 - 0.5;
+            const Lanes got = lanes.process (Lanes (x, -3.0 * x));
+            const double want[] {aloneFirst.process (x), aloneSecond.process (-3.0 * x)};
+            const double have[] {got.first(), got.second()};
+            ASSERT_EQ (std::memcmp (have, want, sizeof (want)), 0) << "block " << block << ", sample " << n;
+        }
+        lanes.scatter();
+    }
+}
+
+TEST (PlaybackChainsInLanes, AChainOffRunsAloneAndAClearDuringTheBlockStays)
+{
+    PlaybackFilterChain first, second;
+    PlaybackChainsInLanes lanes;
+    second.setOn (false);
+    EXPECT_FALSE (lanes.gather (first, second)) << "a chain that is off passes its samples untouched";
+    second.setOn (true);
+    ASSERT_TRUE (lanes.gather (first, second));
+    for (int n = 0; n < 100; ++n)
+        lanes.process (Lanes (1.0, 1.0));
+    first.reset(); // a setter switching the chain while the block runs
+    lanes.scatter();
+    // A cleared chain answers silence with silence; the other kept its memory.
+    EXPECT_EQ (first.process (0.0), 0.0);
+    EXPECT_NE (second.process (0.0), 0.0);
 }
 
 TEST (PlaybackHeadCompensation, UndoesTheAnalyticGainAt20Hz)

@@ -3,6 +3,7 @@
 // project sounds the same everywhere.
 #include "tape/Decibels.h"
 #include "tape/EnvelopeCurve.h"
+#include "tape/RecordHead.h"
 #include "tape/SlidingBandCompander.h"
 #include "tape/ThreeBandCompander.h"
 #include "tape/TapeEffect.h"
@@ -139,6 +140,55 @@ TEST(SolverKernels, TwoInstancesWithTheSameSettingsSoundTheSame)
     EXPECT_TRUE(bitIdentical(render(first, 9600), render(second, 9600)));
 }
 
+TEST(SolverKernels, FourRecordHeadsInLanesEachGiveWhatTheyGiveAloneEvenAfterABrokenSample)
+{
+    // Different hardness, resistance and noise per head, so their solves converge after
+    // different passes; now and then one head gets a non-finite sample, which must reset
+    // only that head's step, as process() does, while the others solve on.
+    RecordHead four[4], alone[4];
+    for (int d = 0; d < 4; ++d)
+        for (RecordHead* head : {&four[d], &alone[d]})
+        {
+            head->prepare(sampleRate);
+            head->restartNoise(7u + static_cast<std::uint32_t>(d), 99u);
+            head->a = 1.0 + 0.9 * d;
+            head->k = 100.0 * std::pow(10.0, 0.7 * d);
+            head->noiseLevel = d == 2 ? 0.0 : 0.01;
+        }
+    const std::vector<float> signal = loudSignal(4800, 5);
+    RecordHead* const heads[] = {&four[0], &four[1], &four[2], &four[3]};
+    for (std::size_t n = 0; n < signal.size(); ++n)
+    {
+        double h[4], expected[4];
+        for (int d = 0; d < 4; ++d)
+        {
+            h[d] = 3.0 * signal[(n + 1201 * d) % signal.size()];
+            if (n % 613 == 300 && d == static_cast<int>(n % 4))
+                h[d] = (n % 2) != 0 ? std::nan("") : -INFINITY;
+            expected[d] = alone[d].process(h[d]);
+        }
+        RecordHead::processFourInLanes(heads, h);
+        for (int d = 0; d < 4; ++d)
+        {
+            ASSERT_EQ(std::memcmp(&h[d], &expected[d], sizeof(double)), 0) << "sample " << n << ", head " << d;
+            ASSERT_EQ(four[d].step, alone[d].step) << "sample " << n << ", head " << d;
+        }
+    }
+}
+
+TEST(SolverKernels, TheGateLeavesOutTanhfOnlyWhereItGivesExactlyOne)
+{
+    // The noise gate skips its tanhf from this opening on (up to 10, above which it
+    // always did): on the library this build links, every float there must give 1, and
+    // the float just below must not, or the threshold hides a real value.
+    const float from = RecordHead::gateSaturation();
+    EXPECT_LT(std::tanh(std::nextafter(from, 0.0f)), 1.0f);
+    std::uint32_t notOne = 0;
+    for (float x = from; x < 10.0f; x = std::nextafter(x, 11.0f))
+        notOne += std::tanh(x) != 1.0f ? 1u : 0u;
+    EXPECT_EQ(notOne, 0u);
+}
+
 TEST(SolverKernels, CurveInLanesKeepsTheEdgesOfEachSegmentAndOddValues)
 {
     EnvelopeCurve curve;
@@ -218,6 +268,12 @@ TEST(SolverKernels, FourDecksInLanesStepEachCompanderAsAloneEvenWhenOneInputIsBr
              SlidingBandCompander::decodeFourInLanes(all, h);
          },
          [](SlidingBandCompander& s, ThreeBandCompander&, double h) { return s.decode(h); }},
+        {"three-band encoder",
+         [](SlidingBandCompander*, ThreeBandCompander* t, double* h) {
+             ThreeBandCompander* const all[] = {&t[0], &t[1], &t[2], &t[3]};
+             ThreeBandCompander::encodeFourInLanes(all, h);
+         },
+         [](SlidingBandCompander&, ThreeBandCompander& t, double h) { return t.encode(h); }},
         {"three-band decoder",
          [](SlidingBandCompander*, ThreeBandCompander* t, double* h) {
              ThreeBandCompander* const all[] = {&t[0], &t[1], &t[2], &t[3]};
