@@ -163,6 +163,7 @@ void TapeDeck::setTapeSpeed(double newSpeed) noexcept
     speedGlideTicks = length.isMoving() ? length.length : 0;
     speedGlidePosition = 0;
     playbackFilters.setSpeed(newSpeed);
+    outgoing.playbackFilters.setSpeed(newSpeed);
     refreshCompensationIfOn();
 }
 
@@ -181,30 +182,35 @@ void TapeDeck::updateCompensation() noexcept
 void TapeDeck::setSpacing(double spacing) noexcept
 {
     playbackFilters.setSpacing(spacing);
+    outgoing.playbackFilters.setSpacing(spacing);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setThickness(double thickness) noexcept
 {
     playbackFilters.setThickness(thickness);
+    outgoing.playbackFilters.setThickness(thickness);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setAzimuth(double azimuth) noexcept
 {
     playbackFilters.setAzimuth(azimuth);
+    outgoing.playbackFilters.setAzimuth(azimuth);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setTrackWidthRatio(double ratio) noexcept
 {
     playbackFilters.setTrackWidthRatio(ratio);
+    outgoing.playbackFilters.setTrackWidthRatio(ratio);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setPlaybackFilterOn(bool on) noexcept
 {
     playbackFilters.setOn(on);
+    outgoing.playbackFilters.setOn(on);
     updateCompensation();
 }
 

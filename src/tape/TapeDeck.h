@@ -24,7 +24,10 @@ namespace oxa
 // side effect; the methods below cover the writes that do.
 // The record path as it stood before a Drive change: noise reduction, magnetic head and
 // playback filters, with the drive and makeup it recorded with. It plays on while the
-// deck hands over to the path at the new drive.
+// deck hands over to the path at the new drive. Its playback filters follow every design
+// change at once, as the deck's own do: the old path is what is heard until the new one
+// takes over. A change of the magnetic response is heard when the hand-over ends, with
+// its makeup.
 struct OutgoingRecordPath
 {
     RecordHead recordHead;

@@ -88,6 +88,31 @@ TEST(DriveHandover, SilentWarmUpThenAnSCurve)
     EXPECT_LT(1.0 - last, 0.003) << "the new path alone follows without a corner";
 }
 
+// The old path is what is heard during a hand-over: its playback filters follow every
+// design change at once, as the deck's own do.
+TEST(DriveHandover, OldPathFollowsPlaybackDesignChanges)
+{
+    TapeDeck deck;
+    deck.prepare(sampleRate);
+    deck.setDrive(10.0);
+    deck.followTargets();
+    ASSERT_TRUE(deck.driveHandover.isRunning());
+    deck.setSpacing(0.00003);
+    deck.setThickness(0.00002);
+    deck.setAzimuth(0.0004);
+    deck.setTrackWidthRatio(1.5);
+    deck.setTapeSpeed(0.5);
+    deck.setPlaybackFilterOn(false);
+    const PlaybackHeadSettings heard = deck.outgoing.playbackFilters.getSettings();
+    const PlaybackHeadSettings target = deck.playbackFilters.getSettings();
+    EXPECT_EQ(heard.spacing, target.spacing);
+    EXPECT_EQ(heard.thickness, target.thickness);
+    EXPECT_EQ(heard.azimuth, target.azimuth);
+    EXPECT_EQ(heard.ratio, target.ratio);
+    EXPECT_EQ(heard.speed, target.speed);
+    EXPECT_FALSE(deck.outgoing.playbackFilters.isOn());
+}
+
 // Below saturation the scaled memory is what the head would hold had it been driven at the
 // new gain all along: it then plays on as that head does.
 TEST(RecordHead, ScaledMemoryPlaysOnAsTheHeadDrivenSoAllAlong)
