@@ -111,8 +111,18 @@ void TapeDeck::startDriveHandover() noexcept
     makeupRamp.set(static_cast<float>(makeupTarget));
     // The crossfade judges how alike the two paths are while the new one warms up.
     outgoing.crossfade.start(sampleRate);
-    driveHandover.start(static_cast<std::int32_t>(sampleRate * driveWarmUpSeconds),
+    driveHandover.start(static_cast<std::int32_t>(sampleRate * driveWarmUpFor(outgoing.drive, drive)),
                         static_cast<std::int32_t>(sampleRate * driveFadeSeconds));
+}
+
+double TapeDeck::driveWarmUpFor(double from, double to) noexcept
+{
+    if (!(from > 0.0) || !(to > 0.0))
+        return driveWarmUpSeconds;
+    const double stepDb = std::fabs(20.0 * std::log10(to / from));
+    if (!(stepDb < fullWarmUpStepDb))
+        return driveWarmUpSeconds; // a NaN step too
+    return std::max(shortestWarmUpSeconds, driveWarmUpSeconds * stepDb / fullWarmUpStepDb);
 }
 
 void TapeDeck::jumpToTargets() noexcept

@@ -92,6 +92,12 @@ struct TapeDeck
     // mixed, the more often their mix dips or swells where they differ.
     static constexpr double driveWarmUpSeconds = 0.6;
     static constexpr double driveFadeSeconds = 0.005;
+    // Only a large step leaves the new path far from where it settles: a smaller one warms
+    // up for its share of the full time, so a knob moved by hand answers at once.
+    static constexpr double fullWarmUpStepDb = 24.0;
+    static constexpr double shortestWarmUpSeconds = 0.03;
+    // The warm-up for a step from one linear drive to another.
+    static double driveWarmUpFor(double from, double to) noexcept;
 
     RecordHead recordHead;
     PlaybackFilterChain playbackFilters;

@@ -88,6 +88,17 @@ TEST(DriveHandover, SilentWarmUpThenAnSCurve)
     EXPECT_LT(1.0 - last, 0.003) << "the new path alone follows without a corner";
 }
 
+// A small Drive move is heard soon; a large one, or a drive no ratio can be taken of,
+// gets the full warm-up.
+TEST(DriveHandover, WarmUpGrowsWithTheStep)
+{
+    EXPECT_EQ(TapeDeck::driveWarmUpFor(2.0, 2.0), TapeDeck::shortestWarmUpSeconds);
+    EXPECT_NEAR(TapeDeck::driveWarmUpFor(1.0, std::pow(10.0, 3.0 / 20.0)), TapeDeck::driveWarmUpSeconds / 8.0, 1e-9);
+    EXPECT_NEAR(TapeDeck::driveWarmUpFor(100.0, 100.0 / std::pow(10.0, 0.6)), TapeDeck::driveWarmUpSeconds / 2.0, 1e-9);
+    for (auto [from, to] : {std::pair{1.0, 100.0}, {100.0, 1.0}, {0.0, 1.0}, {1.0, std::nan("")}})
+        EXPECT_EQ(TapeDeck::driveWarmUpFor(from, to), TapeDeck::driveWarmUpSeconds) << from << " -> " << to;
+}
+
 // The old path is what is heard during a hand-over: its playback filters follow every
 // design change at once, as the deck's own do.
 TEST(DriveHandover, OldPathFollowsPlaybackDesignChanges)

@@ -127,7 +127,9 @@ TEST(DriveFade, StepsKeepTheLevel)
     };
     for (auto [peak, from, to, tolerance] : {Step{0.03, 0, 20, 1}, Step{0.03, 40, 0, 1}, Step{0.03, 10, 30, 1},
                                              Step{0.3, 0, 40, 1}, Step{0.3, 40, 0, 1}, Step{0.3, 0, 20, 1},
-                                             Step{1.0, 0, 40, 1}, Step{1.0, 40, 20, 1}, Step{1.0, 0, 10, 1}})
+                                             Step{1.0, 0, 40, 1}, Step{1.0, 40, 20, 1}, Step{1.0, 0, 10, 1},
+                                             Step{1.0, 20, 23, 1}, Step{1.0, 40, 37, 1}, Step{0.3, 0, 6, 1},
+                                             Step{1.0, 10, 22, 1}, Step{0.3, 30, 18, 1}})
     {
         const auto noise = pinkNoise(step + 48000, peak);
         auto run = [&noise, step](float fromDb, float toDb) {
