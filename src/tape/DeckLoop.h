@@ -154,7 +154,7 @@ public:
           driveGain(d.appliedDrive),
           noiseGain(d.noiseGain),
           share(LfoMode ? 0.5 : outputShare),
-          fading(d.driveFade.isMoving()),
+          fading(d.driveHandover.isRunning()),
           ramping(d.makeupRamp.isMoving()),
           makeup(d.makeupRamp.value()),
           lfoIncrement(static_cast<float>(d.lfoRate / d.sampleRate)),
@@ -238,7 +238,7 @@ public:
     // afterHead() from what the decoder gave.
     inline float afterDecoder(double decoded) noexcept
     {
-        return afterPlayback(TapeCeiling::apply(deck.playbackFilters.process(beforePlayback(decoded))));
+        return afterPlayback(TapeCeiling::apply(afterChain(deck.playbackFilters.process(beforePlayback(decoded)))));
     }
 
     // afterDecoder() up to the playback filters: returns what goes into them.
@@ -247,14 +247,19 @@ public:
         // The makeup comes off before the playback filters: they are linear, so a settled
         // level is the same either way, but their memory then holds the signal at the level
         // it leaves with, and a drive glide cannot leave a scaled-up tail behind.
-        return afterMakeup(decoded / makeup);
+        return decoded / makeup;
     }
 
-    // The gain beforePlayback() divides out, and what follows that division.
+    // The gain beforePlayback() divides out.
     double makeupGain() const noexcept { return makeup; }
-    inline double afterMakeup(double v) noexcept { return fading ? fadeFromOutgoing(v) : v; }
+    // What the playback filters gave, with the old record path faded out during a Drive
+    // hand-over. Each record path has playback filters of its own: their slowest pole
+    // remembers a quarter of a second, and fed with a mix of the two they would carry the
+    // hand-over's blend on long after it ended.
+    inline double afterChain(double v) noexcept { return fading ? fadeFromOutgoing(v) : v; }
 
-    // afterDecoder() from what the playback filters and the ceiling gave: tape out.
+    // afterDecoder() from what the playback filters, the hand-over and the ceiling gave:
+    // tape out.
     inline float afterPlayback(double v) noexcept
     {
         outRing[writeIndex] = v;
@@ -285,24 +290,23 @@ public:
     }
 
 private:
-    // The old record path, at the old drive and makeup, on the same tape read.
+    // The old record path, at the old drive and makeup, on the same tape read, through
+    // its own playback filters.
     double recordOutgoing(double r) noexcept
     {
         OutgoingRecordPath& path = deck.outgoing;
         const double saturated = tapeTanh(r * path.drive * 0.01) * 100.0;
         path.recordHead.noiseLevel = path.makeup * noiseGain;
         const double recorded = path.recordHead.process(encodeStage<Encoder, InLanes>(path, saturated));
-        return decodeStage<Decoder, InLanes>(path, recorded) / path.makeup;
+        return path.playbackFilters.process(decodeStage<Decoder, InLanes>(path, recorded) / path.makeup);
     }
 
-    // Mixes the two paths with an S-curve, so the fade starts and ends without a corner.
+    // The old path alone while the new one warms up unheard, then the fade between them.
     double fadeFromOutgoing(double incoming) noexcept
     {
-        const double t = static_cast<double>(deck.driveFade.value());
-        const double shaped = t * t * (3.0 - 2.0 * t);
-        deck.driveFade.advance(1);
-        fading = deck.driveFade.isMoving();
-        return outgoingValue + shaped * (incoming - outgoingValue);
+        const double share = deck.driveHandover.nextShare();
+        fading = deck.driveHandover.isRunning();
+        return deck.outgoing.crossfade.mix(outgoingValue, incoming, share);
     }
 
     double flangePhaseAt(float t) const noexcept

@@ -3,7 +3,6 @@
 #include "tape/GateTanh.h"
 #include "tape/Lanes.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -78,29 +77,6 @@ inline void gateNoise(const float* opening, float* noise) noexcept
 #endif
 }
 } // namespace
-
-void RecordHead::rescaleField(double factor) noexcept
-{
-    // Solves G(M') = factor * G(M). G is odd, increasing and convex for positive M, so
-    // Newton from above (both bounds below are above the root) closes in monotonically.
-    const double target = factor * anhysteretic(std::fabs(magnetisation), a);
-    const double slope = a - 0.855722502;
-    if (!(target > 0.0) || !(slope > 0.0) || !std::isfinite(target))
-    {
-        step *= factor;
-        return;
-    }
-    double m = std::min(target / slope, std::cbrt(target / 0.0899112184));
-    for (int pass = 0; pass < 8; ++pass)
-    {
-        const double correction = (anhysteretic(m, a) - target) / (slope + 3.0 * 0.0899112184 * m * m);
-        m -= correction;
-        if (std::fabs(correction) <= 1e-12 * m)
-            break;
-    }
-    magnetisation = std::copysign(m, magnetisation);
-    step *= factor;
-}
 
 void RecordHead::prepare(double newSampleRate)
 {

@@ -42,10 +42,16 @@ struct RecordHead
 
     double process(double h) noexcept;
 
-    // Moves the magnetisation so that the field it stands in balance with scales by
-    // factor. The head's memory then reads as if it had been recorded at the new gain
-    // all along: exactly so for small signals, and close for loud ones.
-    void rescaleField(double factor) noexcept;
+    // Carries the head's memory over to an input factor times as large. Below saturation
+    // the head is linear, and the scaled memory is exactly what it would hold had it been
+    // driven so all along; a saturated head settles within milliseconds from any start.
+    // (Balancing the scaled field instead leaves a head that falls out of saturation with
+    // far too much magnetisation, which then drains over a tenth of a second.)
+    void scaleMemory(double factor) noexcept
+    {
+        magnetisation *= factor;
+        step *= factor;
+    }
 
     // Two heads (the decks of a channel) side by side: the same arithmetic as
     // process() on each, with the two Newton solves run in one loop so that

@@ -85,38 +85,51 @@ void TapeDeck::followTargets() noexcept
 {
     const auto makeup = static_cast<float>(makeupTarget);
     const auto length = static_cast<std::int32_t>(sampleRate * 0.1);
-    if (drive != appliedDrive && !driveFade.isMoving() && length > 0)
-        startDriveFade(static_cast<std::int32_t>(sampleRate * driveFadeSeconds));
-    else if (makeup != makeupRamp.to && !driveFade.isMoving())
+    if (drive != appliedDrive && !driveHandover.isRunning() && length > 0)
+        startDriveHandover();
+    else if (makeup != makeupRamp.to && !driveHandover.isRunning())
         makeupRamp.rampTo(makeup, length);
     const auto gain = static_cast<float>(inputGain);
     if (gain != inputGainRamp.to)
         inputGainRamp.rampTo(gain, static_cast<std::int32_t>(sampleRate * gainGlideSeconds));
 }
 
-void TapeDeck::startDriveFade(std::int32_t length) noexcept
+void TapeDeck::startDriveHandover() noexcept
 {
     outgoing.recordHead = recordHead;
     outgoing.preEmphasis = preEmphasis;
     outgoing.slidingBand = slidingBand;
     outgoing.threeBand = threeBand;
+    outgoing.playbackFilters = playbackFilters;
     outgoing.drive = appliedDrive;
     outgoing.makeup = makeupRamp.value();
     // The new path starts from the old one's memory carried over to the new drive, so it
-    // is close to settled when its share grows.
+    // has less to forget while it warms up.
     if (appliedDrive > 0.0 && drive > 0.0)
-        recordHead.rescaleField(drive / appliedDrive);
+        recordHead.scaleMemory(drive / appliedDrive);
     appliedDrive = drive;
     makeupRamp.set(static_cast<float>(makeupTarget));
-    driveFade.set(0.0f);
-    driveFade.rampTo(1.0f, length);
+    // The crossfade judges how alike the two paths are while the new one warms up.
+    outgoing.crossfade.start(sampleRate);
+    driveHandover.start(static_cast<std::int32_t>(sampleRate * driveWarmUpFor(outgoing.drive, drive)),
+                        static_cast<std::int32_t>(sampleRate * driveFadeSeconds));
+}
+
+double TapeDeck::driveWarmUpFor(double from, double to) noexcept
+{
+    if (!(from > 0.0) || !(to > 0.0))
+        return driveWarmUpSeconds;
+    const double stepDb = std::fabs(20.0 * std::log10(to / from));
+    if (!(stepDb < fullWarmUpStepDb))
+        return driveWarmUpSeconds; // a NaN step too
+    return std::max(shortestWarmUpSeconds, driveWarmUpSeconds * stepDb / fullWarmUpStepDb);
 }
 
 void TapeDeck::jumpToTargets() noexcept
 {
     makeupRamp.set(static_cast<float>(makeupTarget));
     appliedDrive = drive;
-    driveFade.set(1.0f);
+    driveHandover.finish();
     inputGainRamp.set(static_cast<float>(inputGain));
 }
 
@@ -160,6 +173,7 @@ void TapeDeck::setTapeSpeed(double newSpeed) noexcept
     speedGlideTicks = length.isMoving() ? length.length : 0;
     speedGlidePosition = 0;
     playbackFilters.setSpeed(newSpeed);
+    outgoing.playbackFilters.setSpeed(newSpeed);
     refreshCompensationIfOn();
 }
 
@@ -178,30 +192,35 @@ void TapeDeck::updateCompensation() noexcept
 void TapeDeck::setSpacing(double spacing) noexcept
 {
     playbackFilters.setSpacing(spacing);
+    outgoing.playbackFilters.setSpacing(spacing);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setThickness(double thickness) noexcept
 {
     playbackFilters.setThickness(thickness);
+    outgoing.playbackFilters.setThickness(thickness);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setAzimuth(double azimuth) noexcept
 {
     playbackFilters.setAzimuth(azimuth);
+    outgoing.playbackFilters.setAzimuth(azimuth);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setTrackWidthRatio(double ratio) noexcept
 {
     playbackFilters.setTrackWidthRatio(ratio);
+    outgoing.playbackFilters.setTrackWidthRatio(ratio);
     refreshCompensationIfOn();
 }
 
 void TapeDeck::setPlaybackFilterOn(bool on) noexcept
 {
     playbackFilters.setOn(on);
+    outgoing.playbackFilters.setOn(on);
     updateCompensation();
 }
 

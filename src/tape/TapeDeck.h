@@ -3,6 +3,7 @@
 #include "tape/Demagnetisation.h"
 #include "tape/LinearRamp.h"
 #include "tape/PlaybackFilterChain.h"
+#include "tape/PowerKeepingCrossfade.h"
 #include "tape/PreEmphasis.h"
 #include "tape/RecordHead.h"
 #include "tape/SlidingBandCompander.h"
@@ -21,17 +22,52 @@ namespace oxa
 //
 // Fields are written directly by the parameter setters where a write has no
 // side effect; the methods below cover the writes that do.
-// The record path as it stood before a Drive change: noise reduction and magnetic head,
-// with the drive and makeup it recorded with. It plays on while the deck fades over to
-// the path at the new drive.
+// The record path as it stood before a Drive change: noise reduction, magnetic head and
+// playback filters, with the drive and makeup it recorded with. It plays on while the
+// deck hands over to the path at the new drive. Its playback filters follow every design
+// change at once, as the deck's own do: the old path is what is heard until the new one
+// takes over. A change of the magnetic response is heard when the hand-over ends, with
+// its makeup.
 struct OutgoingRecordPath
 {
     RecordHead recordHead;
     PreEmphasis preEmphasis;
     SlidingBandCompander slidingBand;
     ThreeBandCompander threeBand;
+    PlaybackFilterChain playbackFilters;
+    PowerKeepingCrossfade crossfade;
     double drive = 1.0;
     double makeup = 1.0;
+};
+
+// Where a Drive change's hand-over stands: the new record path's share of the output,
+// nothing while it warms up unheard, then rising along an S-curve.
+struct DriveHandover
+{
+    std::int32_t unheard = 0; // samples before the new path is heard
+    std::int32_t length = 0;  // the whole hand-over, in samples
+    std::int32_t position = 0;
+
+    bool isRunning() const noexcept { return position < length; }
+    void start(std::int32_t unheardSamples, std::int32_t fadeSamples) noexcept
+    {
+        unheard = unheardSamples;
+        length = unheardSamples + fadeSamples;
+        position = 0;
+    }
+    void finish() noexcept { position = length; }
+
+    // The new path's share at the current sample (0..1); then moves on by a sample.
+    double nextShare() noexcept
+    {
+        const std::int32_t into = position - unheard;
+        if (position < length)
+            ++position;
+        if (into < 0)
+            return 0.0;
+        const double t = static_cast<double>(into) / static_cast<double>(length - unheard);
+        return t * t * (3.0 - 2.0 * t);
+    }
 };
 
 // Whether a deck holds tape: a deck that only mirrors settings and never renders needs none.
@@ -47,10 +83,21 @@ struct TapeDeck
     static constexpr int feedbackHeadIndex = 1;
     // Gains glide this long to a new value, so that automation and knob moves do not zipper.
     static constexpr double gainGlideSeconds = 0.02;
-    // A Drive change fades between record paths this long: long enough for the new path's
-    // head to settle before it has the larger share, short enough that the two paths do
-    // not sound side by side for long.
-    static constexpr double driveFadeSeconds = 0.15;
+    // A Drive change hands over from the old record path to the new one in two parts. The
+    // new path first records unheard, long enough to forget the memory it started from:
+    // the playback filters' slowest pole remembers about a quarter of a second, and a new
+    // path heard earlier carries the old path's low end that long, which on saturated
+    // programme reads as level swings of several dB. Then a short fade: two differently
+    // saturated versions of one programme are barely alike, and the longer they sound
+    // mixed, the more often their mix dips or swells where they differ.
+    static constexpr double driveWarmUpSeconds = 0.6;
+    static constexpr double driveFadeSeconds = 0.005;
+    // Only a large step leaves the new path far from where it settles: a smaller one warms
+    // up for its share of the full time, so a knob moved by hand answers at once.
+    static constexpr double fullWarmUpStepDb = 24.0;
+    static constexpr double shortestWarmUpSeconds = 0.03;
+    // The warm-up for a step from one linear drive to another.
+    static double driveWarmUpFor(double from, double to) noexcept;
 
     RecordHead recordHead;
     PlaybackFilterChain playbackFilters;
@@ -99,7 +146,7 @@ struct TapeDeck
     // would wander. The deck fades from the old record path to the new one instead.
     double appliedDrive = 1.0;
     OutgoingRecordPath outgoing;
-    LinearRamp driveFade; // 0 to 1: the new path's share, before shaping
+    DriveHandover driveHandover;
     // The input gain the tape is recorded with; inputGain is its target.
     LinearRamp inputGainRamp;
     std::uint8_t compensationOn = 1;
@@ -118,8 +165,8 @@ struct TapeDeck
     void reset() noexcept;
 
     // ---- render support: the glides are the audio thread's own ----
-    // Sets every glide moving towards what the setters last wrote: a drive change fades
-    // over to the new record path (a change during a fade waits for its end), a makeup
+    // Sets every glide moving towards what the setters last wrote: a drive change hands
+    // over to the new record path (a change during a hand-over waits for its end), a makeup
     // change alone glides over a tenth of a second, the input gain over 20 ms.
     void followTargets() noexcept;
     // Puts every glide at its target at once.
@@ -175,9 +222,9 @@ struct TapeDeck
     double flangeTargetDelay() const noexcept;
 
 private:
-    // Copies the record path for the fade, carries the head's memory to the new drive
-    // and starts the fade over length samples.
-    void startDriveFade(std::int32_t length) noexcept;
+    // Copies the record path for the hand-over, carries the head's memory to the new
+    // drive and starts the hand-over.
+    void startDriveHandover() noexcept;
     // Compensation for the current design when it and the chain are on, else 1.
     void updateCompensation() noexcept;
     // After a redesign: the compensation follows when it is on, whether or not the chain is.

@@ -66,18 +66,18 @@ inline void playPair(PlaybackChainsInLanes& chains, bool inLanes, First& first, 
                      double& hSecond) noexcept
 {
     const Lanes levelled = Lanes(hFirst, hSecond) / Lanes(first.makeupGain(), second.makeupGain());
-    const double vFirst = first.afterMakeup(levelled.first());
-    const double vSecond = second.afterMakeup(levelled.second());
     if (inLanes)
     {
-        const Lanes played = applyTapeCeiling(chains.process(Lanes(vFirst, vSecond)));
-        hFirst = played.first();
-        hSecond = played.second();
+        const Lanes played = chains.process(levelled);
+        const Lanes handedOver(first.afterChain(played.first()), second.afterChain(played.second()));
+        const Lanes bounded = applyTapeCeiling(handedOver);
+        hFirst = bounded.first();
+        hSecond = bounded.second();
     }
     else
     {
-        hFirst = TapeCeiling::apply(first.tapeDeck().playbackFilters.process(vFirst));
-        hSecond = TapeCeiling::apply(second.tapeDeck().playbackFilters.process(vSecond));
+        hFirst = TapeCeiling::apply(first.afterChain(first.tapeDeck().playbackFilters.process(levelled.first())));
+        hSecond = TapeCeiling::apply(second.afterChain(second.tapeDeck().playbackFilters.process(levelled.second())));
     }
 }
 

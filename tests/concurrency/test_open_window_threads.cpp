@@ -24,7 +24,7 @@ const char* const animatedParameters[] = {"MaxRelativeDelay", "PhaseInvert", "Ma
 
 TEST(OpenWindowThreads, PicturesAnimateWhileTheHostRendersAndWrites)
 {
-    const test::UserWindowSettings keep;
+    const windowSettings::KeptAsTheUserLeftThem keep;
     overrideDisplayImageScale(1);
 
     FluxDeckPlugin plugin;

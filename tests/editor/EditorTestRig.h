@@ -32,20 +32,6 @@ inline juce::MouseEvent clickOn(juce::Component& target, juce::ModifierKeys mods
                             centre, now, 1, false);
 }
 
-/** Keeps the user's shared window settings, which an open window writes when it closes. */
-struct UserWindowSettings
-{
-    bool expanded = windowSettings::readBool("ui.expanded", false);
-    bool reelRunning = windowSettings::readBool("ui.reel", false);
-    float reelTime = windowSettings::readFloat("ui.reelTime", 0.0f);
-    ~UserWindowSettings()
-    {
-        windowSettings::writeBool("ui.expanded", expanded);
-        windowSettings::writeBool("ui.reel", reelRunning);
-        windowSettings::writeFloat("ui.reelTime", reelTime);
-    }
-};
-
 /** Counts the gestures the host hears. */
 struct GestureCounter : juce::AudioProcessorListener
 {
@@ -100,7 +86,7 @@ protected:
             walk(*child, visit);
     }
 
-    const UserWindowSettings keep; // put back after the windows below have closed
+    const windowSettings::KeptAsTheUserLeftThem keep; // put back after the windows below have closed
     std::unique_ptr<FluxDeckPlugin> plugin;
     std::unique_ptr<FluxDeckPluginUI> ui;
 };

@@ -31,19 +31,6 @@ bool writePng(const juce::Image& image, const juce::File& file)
     return out.openedOk() && png.writeImageToStream(image, out);
 }
 
-/** The window's settings, which these pictures change, put back as the user left them. */
-struct UserWindowSettings
-{
-    bool expanded = windowSettings::readBool("ui.expanded", false);
-    bool reelRunning = windowSettings::readBool("ui.reel", false);
-    float reelTime = windowSettings::readFloat("ui.reelTime", 0.0f);
-    ~UserWindowSettings()
-    {
-        windowSettings::writeBool("ui.expanded", expanded);
-        windowSettings::writeBool("ui.reel", reelRunning);
-        windowSettings::writeFloat("ui.reelTime", reelTime);
-    }
-};
 
 class Album
 {
@@ -130,7 +117,7 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    const UserWindowSettings keep;
+    const windowSettings::KeptAsTheUserLeftThem keep;
     Album album(dir);
     for (int scale : {1, 2})
     {
