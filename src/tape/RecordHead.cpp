@@ -164,7 +164,7 @@ float RecordHead::nextNoise() noexcept
     return (w + total) * 0.25f;
 }
 
-float RecordHead::gateOpening(double h) noexcept
+inline float RecordHead::gateOpening(double h) noexcept
 {
     if (!gateOn)
         return gateTanhSaturation; // wide open: the gate's tanh is exactly 1 there
@@ -172,7 +172,7 @@ float RecordHead::gateOpening(double h) noexcept
     return static_cast<float>(gateEnvelope) * 100.0f;
 }
 
-double RecordHead::withGatedNoise(double h, float gatedNoise) noexcept
+inline double RecordHead::withGatedNoise(double h, float gatedNoise) noexcept
 {
     input = gatedNoise * noiseLevel + h;
     return input;
