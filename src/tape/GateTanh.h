@@ -21,6 +21,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -148,13 +149,91 @@ inline __m128 gateTanh(__m128 value) noexcept
     return select(_mm_cmpunord_ps(value, value), value, result);
 }
 
-// The same for one argument: the plain path gets what the lanes get.
+namespace gate_tanh_detail
+{
+inline std::uint32_t bitsOf(float x) noexcept
+{
+    std::uint32_t bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    return bits;
+}
+
+inline float floatOf(std::uint32_t bits) noexcept
+{
+    float x;
+    std::memcpy(&x, &bits, sizeof x);
+    return x;
+}
+
+// expMinusOne(__m128) for one argument, the same operations in the same order, with only
+// the case that applies computed.
+inline float expMinusOne(float y) noexcept
+{
+    const std::uint32_t magnitude = bitsOf(y) & 0x7fffffffu;
+    if (magnitude <= 0x32ffffffu)
+        return y;
+    const bool negative = (bitsOf(y) >> 31) != 0;
+    int k = 0;
+    if (magnitude > 0x3f851591u)
+        k = static_cast<int>((negative ? -0.5f : 0.5f) + 0x1.715476p+0f * y);
+    else if (magnitude > 0x3eb17218u)
+        k = negative ? -1 : 1;
+    float x = y, c = 0.0f;
+    if (k != 0)
+    {
+        const float kFloat = static_cast<float>(k);
+        const float head = y - 0x1.62e3p-1f * kFloat;
+        const float tail = kFloat * 0x1.2fefa2p-17f;
+        x = head - tail;
+        c = (head - x) - tail;
+    }
+    const float halfX = x * 0.5f;
+    const float halfXSquared = x * halfX;
+    float r = -0x1.afdb76p-23f * halfXSquared;
+    r = (r + 0x1.0cfca8p-18f) * halfXSquared;
+    r = (r - 0x1.4ce19ap-14f) * halfXSquared;
+    r = (r + 0x1.a01a02p-10f) * halfXSquared;
+    r = (r - 0x1.111112p-5f) * halfXSquared;
+    r = r + 1.0f;
+    const float t = 3.0f - halfX * r;
+    const float e = ((r - t) / (6.0f - t * x)) * halfXSquared;
+    if (k == 0)
+        return x - (e * x - halfXSquared);
+    const float err = ((e - c) * x - c) - halfXSquared;
+    if (k == -1)
+        return (x - err) * 0.5f - 0.5f;
+    const std::uint32_t exponentStep = static_cast<std::uint32_t>(k) << 23;
+    if (k < 0)
+        return floatOf(bitsOf(1.0f - (err - x)) + exponentStep) - 1.0f;
+    const float twoToMinusK = floatOf(static_cast<std::uint32_t>(127 - k) << 23);
+    if (k <= 22)
+        return floatOf(bitsOf((1.0f - twoToMinusK) - (err - x)) + exponentStep);
+    return floatOf(bitsOf((x - (err + twoToMinusK)) + 1.0f) + exponentStep);
+}
+} // namespace gate_tanh_detail
+
+// The same for one argument, as quick as the library: what the lanes give, bit for bit.
 inline float gateTanh(float value) noexcept
 {
-    const __m128 lane = _mm_set_ss(value);
-    if (std::fabs(value) < gateTanhTiny)
-        return _mm_cvtss_f32(gateTanhOfTiny(lane));
-    return _mm_cvtss_f32(gateTanh(lane));
+    using namespace gate_tanh_detail;
+    const std::uint32_t magnitudeBits = bitsOf(value) & 0x7fffffffu;
+    if (magnitudeBits < 0x24000000u)
+        return (1.0f + value) * value;
+    if (magnitudeBits > 0x7f800000u)
+        return value; // NaN
+    const float magnitude = floatOf(magnitudeBits);
+    float result = 1.0f;
+    if (magnitude < 1.0f)
+    {
+        const float e = expMinusOne(magnitude * -2.0f);
+        result = -e / (e + 2.0f);
+    }
+    else if (magnitude < gateTanhSaturation)
+    {
+        const float e = expMinusOne(magnitude + magnitude);
+        result = 1.0f - 2.0f / (e + 2.0f);
+    }
+    return (bitsOf(value) >> 31) != 0 ? -result : result;
 }
 #else
 inline float gateTanh(float value) noexcept
