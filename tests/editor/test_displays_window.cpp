@@ -151,6 +151,8 @@ TEST_F(EditorTest, TheDecoderBoxIsAMenuUnlinkedAndShowsTheEncodersChoiceLinked)
         const bool arrowInk = shot.getPixelAt(arrow.x, arrow.y).getBrightness() < (icon.getBrightness() + fill.getBrightness()) / 2;
         EXPECT_EQ(arrowInk, !step.linked) << "the arrow goes with the menu";
         if (step.linked)
+        {
             EXPECT_EQ(compander.getDecoderBox().getLinkedText(), encoder.getText());
+        }
     }
 }

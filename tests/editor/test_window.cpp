@@ -106,7 +106,9 @@ TEST_F(EditorTest, BackgroundAndPanelsFollowModeSettingsButtonAndHeight)
         EXPECT_EQ(ui->getFooter().getBounds(), juce::Rectangle<int>(0, c.height - 20, 1130, 20));
         EXPECT_EQ(ui->getExpandButton().getBounds(), juce::Rectangle<int>(1075, 395, 33, 33)) << "never moves";
         if (c.mode == 1)
+        {
             EXPECT_EQ(ui->getLfoModeUI().getEditMenu().isVisible(), c.lfoSettings);
+        }
     }
 }
 

@@ -150,8 +150,12 @@ TEST(PluginFrame, BypassGivesTheInputDelayedByTheLatencyAndFadesOverAFewMillisec
             plugin.getBypassParameter()->setValue(1.0f);
         plugin.processBlock(ones, midi);
         if (b == 60)
+        {
             EXPECT_GT(std::abs(ones.getSample(0, 63) - 1.0f), 0.0f) << "not a jump to the delayed input";
+        }
         if (b == 66)
+        {
             EXPECT_EQ(ones.getSample(0, 63), 1.0f) << "fully bypassed after 5 ms";
+        }
     }
 }
