@@ -149,6 +149,22 @@ struct PluginRun
     double nsPerSample = 0.0; // per sample frame of the stereo pair
 };
 
+// Warms up, then keeps the fastest of the repeats; renderSeconds renders about that many
+// seconds and returns the samples it rendered.
+template <class Render>
+PluginRun bestOf(Render& renderSeconds, const Options& options)
+{
+    renderSeconds(warmUpSeconds);
+    double best = 1e300, samples = 0.0;
+    for (int r = 0; r < options.repeats; ++r)
+    {
+        const double start = threadSeconds();
+        samples = renderSeconds(options.seconds);
+        best = std::min(best, threadSeconds() - start);
+    }
+    return {samples / sampleRate / best, best * 1e9 / samples};
+}
+
 PluginRun timePlugin(const Setting& setting, int blockSize, const Programme& programme, const Options& options)
 {
     FluxDeckPlugin plugin;
@@ -167,15 +183,7 @@ PluginRun timePlugin(const Setting& setting, int blockSize, const Programme& pro
         }
         return static_cast<double>(blocks * static_cast<std::size_t>(blockSize));
     };
-    renderSeconds(warmUpSeconds);
-    double best = 1e300, samples = 0.0;
-    for (int r = 0; r < options.repeats; ++r)
-    {
-        const double start = threadSeconds();
-        samples = renderSeconds(options.seconds);
-        best = std::min(best, threadSeconds() - start);
-    }
-    return {samples / sampleRate / best, best * 1e9 / samples};
+    return bestOf(renderSeconds, options);
 }
 
 // ---- deck DSP alone: the effect's state as the setters left it, rendered directly ----
@@ -205,15 +213,7 @@ PluginRun timeDecks(const Setting& setting, int blockSize, const Programme& prog
         }
         return static_cast<double>(blocks * static_cast<std::size_t>(blockSize));
     };
-    renderSeconds(warmUpSeconds);
-    double best = 1e300, samples = 0.0;
-    for (int r = 0; r < options.repeats; ++r)
-    {
-        const double start = threadSeconds();
-        samples = renderSeconds(options.seconds);
-        best = std::min(best, threadSeconds() - start);
-    }
-    return {samples / sampleRate / best, best * 1e9 / samples};
+    return bestOf(renderSeconds, options);
 }
 
 // ---- one stage at a time, one deck, on the same programme ----
