@@ -131,11 +131,6 @@ double RecordHead::smallSignalGain(double frequency, double hardness, double res
     return denominator > 0.0 ? omega / denominator : 1.0;
 }
 
-float RecordHead::gateSaturation() noexcept
-{
-    return gateTanhSaturation;
-}
-
 float RecordHead::nextNoise() noexcept
 {
     // Pink noise: row j changes every 2^j samples.

@@ -77,9 +77,6 @@ struct RecordHead
 
     float nextNoise() noexcept;
 
-    // The gate's opening from which its tanh is exactly 1 and is not computed.
-    static float gateSaturation() noexcept;
-
 private:
     // H plus gated noise; stored in input.
     double withNoise(double h) noexcept;

@@ -99,6 +99,14 @@ TEST(GateTanh, MatchesTheLibraryAtTheEdgesWithAndWithoutDenormals)
 #endif
     }
     EXPECT_TRUE(std::isnan(gateTanh(std::numeric_limits<float>::quiet_NaN())));
+
+    // The gate leaves the call out from the saturation on: every float there gives exactly
+    // 1 in the library, and the float just below does not, or the threshold hides a value.
+    EXPECT_LT(libraryTanh(std::nextafter(gateTanhSaturation, 0.0f)), 1.0f);
+    std::uint32_t notOne = 0;
+    for (float x = gateTanhSaturation; x < 10.0f; x = std::nextafter(x, 11.0f))
+        notOne += libraryTanh(x) != 1.0f ? 1u : 0u;
+    EXPECT_EQ(notOne, 0u);
 }
 
 // Every float the gate can pass, 1.09e9 of them, about a minute: no difference, with
