@@ -591,6 +591,8 @@ void Element::applyPendingParameters(ElementState* state)
                 record->applyDeferredValue(*this, state);
     if (state == mainState_.get())
         publishParameters();
+    for (auto& record : parameters_)
+        record->finishDeferredApply();
 }
 
 void Element::DumpParameters() const

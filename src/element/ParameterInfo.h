@@ -37,8 +37,11 @@ public:
     virtual const ParameterDescriptionBase* description() const = 0;
     virtual ParameterKind kind() const = 0;
     virtual bool hasDeferredValue() const = 0;
-    /** Clears pending and writes the deferred value into `state`. */
+    /** Writes the deferred value into `state`; the value stays pending for readers until
+        finishDeferredApply, so that they never fall back to the value before the write. */
     virtual void applyDeferredValue(Element& element, ElementState* state) = 0;
+    /** Once the applied value is published: no longer pending, unless a newer write came. */
+    virtual void finishDeferredApply() = 0;
     virtual uint32_t id() const = 0;
     /** Takes a copy of the current value from `state` for readers on other threads. */
     virtual void publish(const ElementState* state) = 0;
@@ -153,8 +156,16 @@ public:
     T publishedValue() const { return published_.load(); }
     void applyDeferredValue(Element& element, ElementState* state) override
     {
-        pending_.store(0);
+        applying_ = pending_.load();
         set(state, deferred_.load());
+    }
+    void finishDeferredApply() override
+    {
+        if (applying_ == 0)
+            return;
+        uint64_t applied = applying_;
+        pending_.compare_exchange_strong(applied, 0);
+        applying_ = 0;
     }
 
     /** Reads through the getter; `state` is ignored for global and output parameters. */
@@ -185,7 +196,7 @@ public:
     void defer(const T& value)
     {
         deferred_.store(value);
-        pending_.store(1);
+        pending_.store(writes_.fetch_add(1) + 1);
     }
     T deferredValue() const { return deferred_.load(); }
     bool isPending() const { return pending_.load() != 0; }
@@ -307,7 +318,11 @@ private:
     // never the render state that the audio thread is changing.
     detail::DeferredSlot<T> published_;
     std::atomic<uint8_t> hasPublished_ { 0 };
-    std::atomic<uint8_t> pending_{0};
+    // The number of the newest deferred write still to apply, 0 when none: a write that
+    // arrives while an older one is being applied keeps the parameter pending.
+    std::atomic<uint64_t> pending_{0};
+    std::atomic<uint64_t> writes_{0};
+    uint64_t applying_ = 0; // audio thread only
     mutable std::atomic<uint64_t> lastWrite_ {noWrite()}; // floats: (written, read back)
     uint16_t indices_[3] = {0, 0, 0};
     uint8_t indexCount_;

@@ -2,13 +2,16 @@
 // notifications and the dump.
 #include "ElementTestSupport.h"
 #include "element/ElementParamEnvelope.h"
+#include "element/StoredFloat.h"
 
 #include <boost/ptr_container/exception.hpp>
 #include <gtest/gtest.h>
 #include <juce_events/juce_events.h>
 
+#include <atomic>
 #include <cmath>
 #include <sstream>
+#include <thread>
 
 using namespace oxa;
 using oxa::test::ProbeElement;
@@ -195,6 +198,38 @@ TEST(ElementNotification, SyncOnTheCallerAsyncLaterAndNothingWhenUnheard)
     unheard.setFloatParameter(ProbeElement::ids().gain, 0.2f);
     EXPECT_FALSE(unheard.hasSignals());
     EXPECT_EQ(ParameterChangedAsyncSignal::queuedMessages(), 0u);
+}
+
+TEST(ElementDeferred, AWriteReadsBackWhileTheAudioThreadAppliesIt)
+{
+    // A host reads a parameter straight after writing it, while the audio thread may be
+    // in the middle of applying that very write: the read must never go back to the
+    // value before the write, or the host records the stale one.
+    ProbeElement probe("p");
+    const uint32_t gain = ProbeElement::ids().gain, mode = ProbeElement::ids().mode;
+    std::atomic<bool> done {false};
+    std::thread audio([&] {
+        while (!done.load())
+            probe.applyPendingParameters(probe.mainState());
+    });
+    int stale = 0, k = 1;
+    for (; k <= 20000 && stale == 0; ++k)
+    {
+        const float value = storedFloat((float) (k % 1000) * 0.001f);
+        probe.setFloatParameter(gain, value, true);
+        probe.setIntParameter(mode, k % 4, true);
+        for (int read = 0; read < 20; ++read)
+        {
+            stale += probe.floatParameter(gain) != value;
+            stale += probe.pendingFloatParameter(gain) != value;
+            stale += probe.intParameter(mode) != k % 4;
+        }
+    }
+    done.store(true);
+    audio.join();
+    EXPECT_EQ(stale, 0);
+    probe.applyPendingParameters(probe.mainState());
+    EXPECT_EQ(probe.main().mode, (k - 1) % 4);
 }
 
 TEST(ElementDump, PrintsEveryParameterInOrderAndCountsMemory)
