@@ -52,6 +52,21 @@ struct EnvelopeCurveTerms
         const T e = (step * 0.5 + charge) * invC * 1.4142135623730951;
         return shape (e) * x / (e + 1e-16);
     }
+
+    // apply() for curves whose level mostly lies above the knee (high > low): where every
+    // lane does, shape() would pick the straight part, so the cubic is left out. The same
+    // value bit for bit; the branch only pays where it is nearly always taken.
+    Lanes applyMostlyAboveKnee (Lanes x) const noexcept
+    {
+        return applyWithStepMostlyAboveKnee (x, chargeStep (x));
+    }
+
+    Lanes applyWithStepMostlyAboveKnee (Lanes x, Lanes step) const noexcept
+    {
+        const Lanes e = (step * 0.5 + charge) * invC * 1.4142135623730951;
+        const Lanes shaped = (e > high).every() ? (e - high) * slope + top : shape (e);
+        return shaped * x / (e + 1e-16);
+    }
 };
 
 // A level follower (an RC charge pump) with a static gain curve: below `low` the signal
@@ -131,6 +146,16 @@ public:
     {
         both.charge = Lanes (first.k.charge, second.k.charge);
         both.chargeTerm = Lanes (first.k.chargeTerm, second.k.chargeTerm);
+    }
+
+    // applyTwo() through applyWithStepMostlyAboveKnee().
+    static Lanes applyTwoMostlyAboveKnee (EnvelopeCurve& first, EnvelopeCurve& second,
+                                          const EnvelopeCurveTerms<Lanes>& both, Lanes x) noexcept
+    {
+        const Lanes step = both.chargeStep (x);
+        first.delta = step.first();
+        second.delta = step.second();
+        return both.applyWithStepMostlyAboveKnee (x, step);
     }
 
     // follow() on two curves at once, one a lane (both: their gathered terms); each keeps

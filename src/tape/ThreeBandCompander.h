@@ -76,11 +76,13 @@ public:
         // Gathers again what moves from sample to sample (histories and charges) from the
         // same two sidechains; their coefficients change only when they are prepared.
         void refresh (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
+        // The bands' levels sit above their curves' knees nearly all the time at the
+        // deck's signal level, so their curves take the shortcut there.
         Lanes forward (Lanes x) const noexcept
         {
             Lanes sum = x;
             for (const Band& band : bands)
-                sum = sum + band.curve.apply (band.b0 * (x * band.gain) + band.history);
+                sum = sum + band.curve.applyMostlyAboveKnee (band.b0 * (x * band.gain) + band.history);
             return sum;
         }
         // forward() as the two sidechains' own forward() runs it: each keeps its lane's
@@ -99,7 +101,7 @@ public:
                 b.input = input.second();
                 a.output = output.first();
                 b.output = output.second();
-                sum = sum + EnvelopeCurve::applyTwo (a.curve, b.curve, band.curve, output);
+                sum = sum + EnvelopeCurve::applyTwoMostlyAboveKnee (a.curve, b.curve, band.curve, output);
             }
             return sum;
         }
