@@ -20,34 +20,34 @@ struct EnvelopeCurveTerms
 
     // The charge step a candidate input x would take.
     template <class T>
-    T chargeStep (T x) const noexcept
+    [[gnu::always_inline]] T chargeStep (T x) const noexcept
     {
         return select (x < 0.0, -x, x) * g1 + chargeTerm;
     }
 
     template <class T>
-    T levelFor (T x) const noexcept
+    [[gnu::always_inline]] T levelFor (T x) const noexcept
     {
         return (chargeStep (x) * 0.5 + charge) * invC;
     }
 
     // The curve for a level e.
     template <class T>
-    T shape (T e) const noexcept
+    [[gnu::always_inline]] T shape (T e) const noexcept
     {
         return select (e < low, e, select (e > high, (e - high) * slope + top, ((c3 * e + c2) * e + c1) * e + c0));
     }
 
     // The input scaled so that its level lands on the curve, leaving no trace.
     template <class T>
-    T apply (T x) const noexcept
+    [[gnu::always_inline]] T apply (T x) const noexcept
     {
         return applyWithStep (x, chargeStep (x));
     }
 
     // apply() with the charge step already known.
     template <class T>
-    T applyWithStep (T x, T step) const noexcept
+    [[gnu::always_inline]] T applyWithStep (T x, T step) const noexcept
     {
         const T e = (step * 0.5 + charge) * invC * 1.4142135623730951;
         return shape (e) * x / (e + 1e-16);
@@ -56,15 +56,18 @@ struct EnvelopeCurveTerms
     // apply() for curves whose level mostly lies above the knee (high > low): where every
     // lane does, shape() would pick the straight part, so the cubic is left out. The same
     // value bit for bit; the branch only pays where it is nearly always taken.
-    Lanes applyMostlyAboveKnee (Lanes x) const noexcept
+    // T is Lanes or a LaneGroup.
+    template <class T>
+    [[gnu::always_inline]] T applyMostlyAboveKnee (T x) const noexcept
     {
         return applyWithStepMostlyAboveKnee (x, chargeStep (x));
     }
 
-    Lanes applyWithStepMostlyAboveKnee (Lanes x, Lanes step) const noexcept
+    template <class T>
+    [[gnu::always_inline]] T applyWithStepMostlyAboveKnee (T x, T step) const noexcept
     {
-        const Lanes e = (step * 0.5 + charge) * invC * 1.4142135623730951;
-        const Lanes shaped = (e > high).every() ? (e - high) * slope + top : shape (e);
+        const T e = (step * 0.5 + charge) * invC * 1.4142135623730951;
+        const T shaped = (e > high).every() ? (e - high) * slope + top : shape (e);
         return shaped * x / (e + 1e-16);
     }
 };

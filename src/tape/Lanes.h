@@ -123,4 +123,69 @@ inline Lanes select(LaneMask condition, Lanes whenTrue, Lanes whenFalse) noexcep
 }
 inline double minWithLimit(double x, double limit) noexcept { return limit < x ? limit : x; }
 
+// N registers of lanes worked as one value: independent chains of the same formula (a
+// solver step's trial points) written operation by operation, so that the processor sees
+// them side by side instead of one long chain of dependent divisions after another. Each
+// register rounds exactly as Lanes does; a Lanes (or a double) stands for the same value in
+// every register, so that terms shared by the chains read as they do for one register.
+template <int N>
+struct LaneGroupMask
+{
+    LaneMask m[N];
+
+    bool every() const noexcept
+    {
+        bool all = true;
+        for (int k = 0; k < N; ++k)
+            all = all && m[k].every();
+        return all;
+    }
+};
+
+template <int N>
+struct LaneGroup
+{
+    Lanes v[N];
+
+    LaneGroup() noexcept = default;
+    LaneGroup(Lanes each) noexcept
+    {
+        for (int k = 0; k < N; ++k)
+            v[k] = each;
+    }
+    LaneGroup(double each) noexcept : LaneGroup(Lanes(each)) {}
+
+    template <class Operation>
+    static LaneGroup each(Operation operation) noexcept
+    {
+        LaneGroup result;
+        for (int k = 0; k < N; ++k)
+            result.v[k] = operation(k);
+        return result;
+    }
+
+    friend LaneGroup operator+(LaneGroup a, LaneGroup b) noexcept { return each([&](int k) { return a.v[k] + b.v[k]; }); }
+    friend LaneGroup operator-(LaneGroup a, LaneGroup b) noexcept { return each([&](int k) { return a.v[k] - b.v[k]; }); }
+    friend LaneGroup operator*(LaneGroup a, LaneGroup b) noexcept { return each([&](int k) { return a.v[k] * b.v[k]; }); }
+    friend LaneGroup operator/(LaneGroup a, LaneGroup b) noexcept { return each([&](int k) { return a.v[k] / b.v[k]; }); }
+    friend LaneGroup operator-(LaneGroup a) noexcept { return each([&](int k) { return -a.v[k]; }); }
+    friend LaneGroup abs(LaneGroup a) noexcept { return each([&](int k) { return abs(a.v[k]); }); }
+    friend LaneGroup minWithLimit(LaneGroup x, LaneGroup limit) noexcept
+    {
+        return each([&](int k) { return minWithLimit(x.v[k], limit.v[k]); });
+    }
+    friend LaneGroupMask<N> operator<(LaneGroup a, LaneGroup b) noexcept
+    {
+        LaneGroupMask<N> mask;
+        for (int k = 0; k < N; ++k)
+            mask.m[k] = a.v[k] < b.v[k];
+        return mask;
+    }
+    friend LaneGroupMask<N> operator>(LaneGroup a, LaneGroup b) noexcept { return b < a; }
+    friend LaneGroup select(LaneGroupMask<N> condition, LaneGroup whenTrue, LaneGroup whenFalse) noexcept
+    {
+        return each([&](int k) { return condition.m[k].select(whenTrue.v[k], whenFalse.v[k]); });
+    }
+};
+
 } // namespace oxa

@@ -20,7 +20,7 @@ namespace
 
     // The corner of the sliding shelf from the sidechain level.
     template <class T>
-    T slidingCorner (T e) noexcept
+    [[gnu::always_inline]] inline T slidingCorner (T e) noexcept
     {
         const T r = (((89683.3046 * e - 310543.2) * e + 309734.797) * e - 22716.5427) * e + 1956.73632;
         return minWithLimit (r, T (maxCorner));
@@ -28,18 +28,17 @@ namespace
 
     // The fixed shelf's output for candidate u; F and T are doubles or lanes.
     template <class T, class F>
-    T fixedStageOutput (T u, F c0, F history, F d0) noexcept
+    [[gnu::always_inline]] inline T fixedStageOutput (T u, F c0, F history, F d0) noexcept
     {
         return (c0 * u + history) / d0;
     }
 
     // The sliding shelf's output for stage input i, its corner set by the level.
     template <class T, class F>
-    T slidingStageOutput (T levelOfT, T i, F i1, F o1, double sampleRate) noexcept
+    [[gnu::always_inline]] inline T slidingStageOutput (T levelOfT, T i, F i1, F o1,
+                                                        const SlidingShelfDesign<F>& design) noexcept
     {
-        const T a = slidingCorner (levelOfT);
-        BasicShelfCoefficients<T> sliding;
-        sliding.design (a, slidingLift, sampleRate);
+        const BasicShelfCoefficients<T> sliding = design.at (slidingCorner (levelOfT));
         return (sliding.c1 * i1 + sliding.c0 * i - sliding.d1 * o1) / sliding.d0;
     }
 
@@ -69,8 +68,8 @@ namespace
 
     // solve() for four equations (those of four decks), two a register: every lane steps
     // exactly as solve() steps its equation alone, and keeps its value once converged.
-    // pairOf(p, u) evaluates equations 2p and 2p + 1 at the candidates u; u holds the
-    // starts and gets the results.
+    // pairOf(p, u) evaluates equations 2p and 2p + 1 at the candidates u (both trial
+    // points); u holds the starts and gets the results.
     template <class PairOf>
     void solveFourInLanes (double* u, const bool* solvable, PairOf pairOf) noexcept
     {
@@ -89,8 +88,13 @@ namespace
             {
                 if (! running[p].any())
                     continue;
-                const Lanes at = pairOf (p, x[p]);
-                const Lanes beside = pairOf (p, x[p] + step);
+                // Both trial points in one pass, their chains side by side.
+                LaneGroup<2> trials;
+                trials.v[0] = x[p];
+                trials.v[1] = x[p] + step;
+                const LaneGroup<2> tried = pairOf (p, trials);
+                const Lanes at = tried.v[0];
+                const Lanes beside = tried.v[1];
                 const Lanes error = x[p] - at;
                 const Lanes correction = error / ((x[p] + step - beside - error) * 1e6 + 1e-16);
                 x[p] = running[p].select (x[p] - correction, x[p]);
@@ -107,7 +111,7 @@ namespace
 
 void SlidingBandSidechain::prepare (double fs) noexcept
 {
-    sampleRate = fs;
+    slidingShelf.prepare (slidingLift, fs);
     curve.setCurve (-10.0, 0.3);
     curve.setEnvelope (curveResistance, capacitance, fs);
     level.setEnvelope (levelResistance, capacitance, fs);
@@ -126,7 +130,7 @@ void SlidingBandSidechain::clear() noexcept
 template <class T>
 T SlidingBandSidechain::slidingStage (T levelOfT, T i) const noexcept
 {
-    return slidingStageOutput (levelOfT, i, i1, o1, sampleRate);
+    return slidingStageOutput (levelOfT, i, i1, o1, slidingShelf);
 }
 
 double SlidingBandSidechain::evaluate (double u, double i) noexcept
@@ -165,7 +169,9 @@ SlidingBandSidechain::TwoInLanes::TwoInLanes (const SlidingBandSidechain& first,
       o1 (first.o1, second.o1),
       level (EnvelopeCurve::gather (first.level, second.level)),
       curve (EnvelopeCurve::gather (first.curve, second.curve)),
-      sampleRate (first.sampleRate) // the decks of one effect share it
+      slidingShelf {Lanes (first.slidingShelf.lift, second.slidingShelf.lift),
+                    Lanes (first.slidingShelf.liftedRate, second.slidingShelf.liftedRate),
+                    Lanes (first.slidingShelf.rate, second.slidingShelf.rate)}
 {
 }
 
@@ -179,10 +185,11 @@ void SlidingBandSidechain::TwoInLanes::refresh (const SlidingBandSidechain& firs
     EnvelopeCurve::gatherCharges (curve, first.curve, second.curve);
 }
 
-Lanes SlidingBandSidechain::TwoInLanes::evaluate (Lanes u, Lanes i) const noexcept
+template <class T>
+[[gnu::always_inline]] inline T SlidingBandSidechain::TwoInLanes::evaluate (T u, T i) const noexcept
 {
-    const Lanes t = fixedStageOutput (u, fixedC0, fixedHistory, fixedD0);
-    return slidingStageOutput (level.levelFor (t), i, i1, o1, sampleRate);
+    const T t = fixedStageOutput (u, fixedC0, fixedHistory, fixedD0);
+    return slidingStageOutput (level.levelFor (t), i, i1, o1, slidingShelf);
 }
 
 Lanes SlidingBandSidechain::TwoInLanes::evaluateInto (SlidingBandSidechain& first, SlidingBandSidechain& second,
@@ -190,7 +197,7 @@ Lanes SlidingBandSidechain::TwoInLanes::evaluateInto (SlidingBandSidechain& firs
 {
     const Lanes t = fixedStageOutput (u, fixedC0, fixedHistory, fixedD0);
     const Lanes o = slidingStageOutput (EnvelopeCurve::followTwo (first.level, second.level, level, t), i, i1, o1,
-                                        sampleRate);
+                                        slidingShelf);
     first.candidateU = u.first();
     second.candidateU = u.second();
     first.candidateT = t.first();
@@ -367,7 +374,9 @@ void SlidingBandCompander::encodeFourInLanes (SlidingBandCompander* const* compa
     for (int p = 0; p < 2; ++p)
         sides[p].refresh (companders[2 * p]->encoder, companders[2 * p + 1]->encoder);
     const Lanes inputs[] = {Lanes (x[0], x[1]), Lanes (x[2], x[3])};
-    solveFourInLanes (u, finite, [&] (int p, Lanes candidates) { return sides[p].evaluate (candidates, inputs[p]); });
+    solveFourInLanes (u, finite, [&] (int p, LaneGroup<2> candidates) {
+        return sides[p].evaluate (candidates, LaneGroup<2> (inputs[p]));
+    });
     for (int p = 0; p < 2; ++p)
     {
         SlidingBandCompander& first = *companders[2 * p];
@@ -407,7 +416,7 @@ void SlidingBandCompander::decodeFourInLanes (SlidingBandCompander* const* compa
     for (int p = 0; p < 2; ++p)
         sides[p].refresh (companders[2 * p]->decoder, companders[2 * p + 1]->decoder);
     const Lanes inputs[] = {Lanes (v[0], v[1]), Lanes (v[2], v[3])};
-    solveFourInLanes (u, finite, [&] (int p, Lanes candidates) {
+    solveFourInLanes (u, finite, [&] (int p, LaneGroup<2> candidates) {
         return sides[p].evaluate (candidates, inputs[p] - sides[p].applyCurve (candidates));
     });
     for (int p = 0; p < 2; ++p)

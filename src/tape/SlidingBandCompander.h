@@ -6,6 +6,35 @@
 namespace oxa
 {
 
+// The sliding shelf's coefficients for a corner, as BasicShelfCoefficients::design makes
+// them bit for bit, with what does not move with the corner (2 b fs and 2 fs) worked out
+// once: the solvers redesign the shelf for every trial point. F is a double, or the same
+// terms of two decks in lanes.
+template <class F>
+struct SlidingShelfDesign
+{
+    F lift = 1.0, liftedRate = 0.0, rate = 0.0;
+
+    void prepare (double shelfLift, double sampleRate) noexcept
+    {
+        lift = shelfLift;
+        liftedRate = 2.0 * shelfLift * sampleRate;
+        rate = 2.0 * sampleRate;
+    }
+
+    template <class T>
+    [[gnu::always_inline]] BasicShelfCoefficients<T> at (T corner) const noexcept
+    {
+        const T scaled = corner * lift;
+        BasicShelfCoefficients<T> shelf;
+        shelf.c0 = scaled + liftedRate;
+        shelf.c1 = scaled - liftedRate;
+        shelf.d0 = scaled + rate;
+        shelf.d1 = scaled - rate;
+        return shelf;
+    }
+};
+
 // One side of the sliding-band compander. Its sidechain is a shelf whose corner follows
 // the level of the sidechain's own output, so each sample solves u = shelf(i; u).
 // evaluate() tries a candidate without moving state; commit() keeps the last one.
@@ -33,8 +62,14 @@ public:
         // Gathers again what moves from sample to sample (histories and charges) from the
         // same two sidechains; their coefficients change only when they are prepared.
         void refresh (const SlidingBandSidechain& first, const SlidingBandSidechain& second) noexcept;
-        Lanes evaluate (Lanes u, Lanes i) const noexcept;
-        Lanes applyCurve (Lanes x) const noexcept { return curve.apply (x); }
+        // T is Lanes, or a LaneGroup of several candidates of each.
+        template <class T>
+        T evaluate (T u, T i) const noexcept;
+        template <class T>
+        [[gnu::always_inline]] T applyCurve (T x) const noexcept
+        {
+            return curve.apply (x);
+        }
         // evaluate() and the curve as the two sidechains' own evaluate() and apply() run
         // them: each keeps its lane's candidate for commit().
         Lanes evaluateInto (SlidingBandSidechain& first, SlidingBandSidechain& second, Lanes u,
@@ -47,7 +82,7 @@ public:
     private:
         Lanes fixedC0, fixedD0, fixedHistory, i1, o1;
         EnvelopeCurveTerms<Lanes> level, curve;
-        double sampleRate;
+        SlidingShelfDesign<Lanes> slidingShelf;
     };
 
     // The curve that turns the sidechain into what is added to the signal.
@@ -59,7 +94,7 @@ private:
     template <class T>
     T slidingStage (T levelOfT, T i) const noexcept;
 
-    double sampleRate = 48000.0;
+    SlidingShelfDesign<double> slidingShelf;
     EnvelopeCurve curve;
     EnvelopeCurve level; // follower only: steers the sliding corner
     ShelfCoefficients fixedStage;

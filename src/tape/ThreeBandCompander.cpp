@@ -246,8 +246,13 @@ void ThreeBandCompander::decodeFourInLanes (ThreeBandCompander* const* compander
         {
             if (! running[p].any())
                 continue;
-            const Lanes at = sides[p].forward (y[p]);
-            const Lanes beside = sides[p].forward (y[p] + step);
+            // Both trial points in one pass, their chains side by side.
+            LaneGroup<2> trials;
+            trials.v[0] = y[p];
+            trials.v[1] = y[p] + step;
+            const LaneGroup<2> tried = sides[p].forward (trials);
+            const Lanes at = tried.v[0];
+            const Lanes beside = tried.v[1];
             const Lanes error = target[p] - at;
             const Lanes correction = error / ((target[p] - beside - error) * 1e6 + 1e-16);
             y[p] = running[p].select (y[p] - correction, y[p]);

@@ -78,9 +78,11 @@ public:
         void refresh (const ThreeBandSidechain& first, const ThreeBandSidechain& second) noexcept;
         // The bands' levels sit above their curves' knees nearly all the time at the
         // deck's signal level, so their curves take the shortcut there.
-        Lanes forward (Lanes x) const noexcept
+        // T is Lanes, or a LaneGroup of several candidates of each.
+        template <class T>
+        [[gnu::always_inline]] T forward (T x) const noexcept
         {
-            Lanes sum = x;
+            T sum = x;
             for (const Band& band : bands)
                 sum = sum + band.curve.applyMostlyAboveKnee (band.b0 * (x * band.gain) + band.history);
             return sum;
