@@ -22,7 +22,17 @@ struct EnvelopeCurveTerms
     template <class T>
     [[gnu::always_inline]] T chargeStep (T x) const noexcept
     {
-        return select (x < 0.0, -x, x) * g1 + chargeTerm;
+        return magnitude (x) * g1 + chargeTerm;
+    }
+
+    // |x| as x < 0 ? -x : x gives it, in one operation: the two differ only for -0.0,
+    // where the charge step's zero may change sign, which no sum with the charge (never
+    // -0.0) can tell.
+    static double magnitude (double x) noexcept { return x < 0.0 ? -x : x; }
+    template <class T>
+    static T magnitude (T x) noexcept
+    {
+        return abs (x);
     }
 
     template <class T>
