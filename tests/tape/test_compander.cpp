@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -290,4 +291,84 @@ TEST (CompanderClearing, EachSideClearsOnlyItself)
 }
 
 } // namespace
+} // namespace oxa
+
+namespace oxa
+{
+namespace
+{
+bool sameBits (double a, double b)
+{
+    return std::memcmp (&a, &b, sizeof a) == 0;
+}
+} // namespace
+
+// The lanes' shortcuts (the straight part alone above the knee, |x| in one operation) must
+// give what one curve alone gives, bit for bit, in every part of the curve, with lanes in
+// different parts, and for a zero of either sign before any charge has built up.
+TEST (EnvelopeCurveInLanes, ShortcutsGiveWhatOneCurveGives)
+{
+    constexpr double fs = 48000.0;
+    // The curve's low and high ends at -54.9 dB, ratio 0.7 are about 8.8e-4 and 1.8e-3.
+    const std::vector<std::pair<double, double>> candidates {
+        {-0.0, 0.0},   {0.0, -0.0},  {1e-5, -2e-4}, {9e-4, 1.2e-3}, {-1.5e-3, 3e-3},
+        {0.05, -0.02}, {4.0, -30.0}, {2e-3, 1e-7},  {-250.0, 7e-4}, {1e-300, -1e-310},
+    };
+    // Each row: the input that charges the curves first (for 8 time constants, so that
+    // the level sits below, on or above the cubic), then each candidate pair.
+    for (double charging : {0.0, -0.0, 2e-4, 8e-4, -1e-3, 3e-3, 40.0})
+        for (const auto& [first, second] : candidates)
+        {
+            SCOPED_TRACE (testing::Message() << "charged by " << charging << ", candidates " << first << ", " << second);
+            EnvelopeCurve alone[2], paired[2];
+            for (EnvelopeCurve* curve : {&alone[0], &alone[1], &paired[0], &paired[1]})
+            {
+                curve->setCurve (-54.91727803, 0.7);
+                curve->setEnvelope (5000000.0, 1e-9, fs);
+            }
+            for (int n = 0; n < 2000; ++n)
+            {
+                for (EnvelopeCurve& curve : alone)
+                    curve.apply (charging);
+                EnvelopeCurve::applyTwo (paired[0], paired[1], EnvelopeCurve::gather (paired[0], paired[1]),
+                                         Lanes (charging));
+                for (EnvelopeCurve* curve : {&alone[0], &alone[1], &paired[0], &paired[1]})
+                    curve->commit();
+            }
+            const EnvelopeCurveTerms<Lanes> terms = EnvelopeCurve::gather (paired[0], paired[1]);
+            const Lanes both (first, second);
+            const Lanes shortcut = terms.applyMostlyAboveKnee (both);
+            const Lanes full = terms.apply (both);
+            const double expected[] = {alone[0].apply (first), alone[1].apply (second)};
+            EXPECT_TRUE (sameBits (shortcut.first(), expected[0]) && sameBits (shortcut.second(), expected[1]));
+            EXPECT_TRUE (sameBits (full.first(), expected[0]) && sameBits (full.second(), expected[1]));
+
+            // The charge step each lane keeps moves the charge as the curve alone moves it.
+            EnvelopeCurve::applyTwo (paired[0], paired[1], terms, both);
+            for (EnvelopeCurve* curve : {&alone[0], &alone[1], &paired[0], &paired[1]})
+                curve->commit();
+            EXPECT_TRUE (sameBits (paired[0].getCharge(), alone[0].getCharge()));
+            EXPECT_TRUE (sameBits (paired[1].getCharge(), alone[1].getCharge()));
+            EXPECT_TRUE (sameBits (paired[0].apply (first), alone[0].apply (first)));
+        }
+}
+
+// The sliding shelf, redesigned for every trial point from terms worked out once, must be
+// the shelf the plain design gives, coefficient for coefficient.
+TEST (SlidingShelfDesign, GivesThePlainDesignBitForBit)
+{
+    for (double fs : {22050.0, 44100.0, 48000.0, 88200.0, 96000.0, 192000.0})
+        for (double corner : {0.0, 1e-3, 1956.73632, 7511.78831, 23456.7, 70000.0, -5000.0})
+        {
+            SCOPED_TRACE (testing::Message() << fs << " Hz, corner " << corner);
+            ShelfCoefficients plain;
+            plain.design (corner, 5.92380188, fs);
+            SlidingShelfDesign<double> design;
+            design.prepare (5.92380188, fs);
+            const ShelfCoefficients fast = design.at (corner);
+            EXPECT_TRUE (sameBits (fast.c0, plain.c0) && sameBits (fast.c1, plain.c1) && sameBits (fast.d0, plain.d0)
+                         && sameBits (fast.d1, plain.d1));
+        }
+}
+
 } // namespace oxa
