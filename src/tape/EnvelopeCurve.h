@@ -25,9 +25,9 @@ struct EnvelopeCurveTerms
         return magnitude (x) * g1 + chargeTerm;
     }
 
-    // |x| as x < 0 ? -x : x gives it, in one operation: the two differ only for -0.0,
-    // where the charge step's zero may change sign, which no sum with the charge (never
-    // -0.0) can tell.
+    // |x|: for one double as x < 0 ? -x : x, for lanes in one operation (the sign bit
+    // cleared). The two differ only for -0.0 (and a NaN's sign): the charge step's zero may
+    // then change sign, which no sum with the charge (never -0.0) can tell.
     static double magnitude (double x) noexcept { return x < 0.0 ? -x : x; }
     template <class T>
     static T magnitude (T x) noexcept

@@ -128,6 +128,7 @@ inline double minWithLimit(double x, double limit) noexcept { return limit < x ?
 // them side by side instead of one long chain of dependent divisions after another. Each
 // register rounds exactly as Lanes does; a Lanes (or a double) stands for the same value in
 // every register, so that terms shared by the chains read as they do for one register.
+// LaneGroupMask: the comparisons' truths, register by register.
 template <int N>
 struct LaneGroupMask
 {

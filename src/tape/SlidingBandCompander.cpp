@@ -109,6 +109,11 @@ namespace
     }
 } // namespace
 
+SlidingBandSidechain::SlidingBandSidechain() noexcept
+{
+    slidingShelf.prepare (slidingLift, 48000.0);
+}
+
 void SlidingBandSidechain::prepare (double fs) noexcept
 {
     slidingShelf.prepare (slidingLift, fs);

@@ -41,6 +41,7 @@ struct SlidingShelfDesign
 class SlidingBandSidechain
 {
 public:
+    SlidingBandSidechain() noexcept; // as prepared for 48 kHz
     void prepare (double sampleRate) noexcept;
     void clear() noexcept;
 
