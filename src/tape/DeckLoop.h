@@ -192,7 +192,7 @@ public:
         }
         inRing[writeIndex] = input * inputGain;
         // Dropouts stand on the tape; their generator runs in any case.
-        const double dropout = deck.demagnetisation.gainAt(s);
+        const double dropout = dropoutAt();
         if (recordOn)
             inRing[writeIndex] *= dropout;
 
@@ -309,6 +309,17 @@ private:
         return deck.outgoing.crossfade.mix(outgoingValue, incoming, share);
     }
 
+    // The dropouts' gain at the current sample; their generator is asked only where it
+    // draws or dips.
+    double dropoutAt() noexcept
+    {
+        if (s < unitGainEnd)
+            return 1.0;
+        const double gain = deck.demagnetisation.gainAt(s);
+        unitGainEnd = s + 1 + deck.demagnetisation.unitGainSamplesFrom(s + 1);
+        return gain;
+    }
+
     double flangePhaseAt(float t) const noexcept
     {
         return (waveform(t) * normaliser + 1.0f) * 0.5f;
@@ -343,6 +354,7 @@ private:
     double deepest;
     std::uint64_t historyLength;
     std::uint64_t s;
+    std::uint64_t unitGainEnd = 0; // the dropouts give exactly 1 before this sample
     std::uint64_t writeIndex;
     double inputGain;
     bool inputGliding;
