@@ -2,6 +2,7 @@
 
 #include "tape/Decibels.h"
 #include "tape/DeckLoop.h"
+#include "tape/FourRecordHeads.h"
 #include "tape/Lanes.h"
 #include "tape/PlaybackChainsInLanes.h"
 
@@ -110,6 +111,8 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
     TapeDeck* const decks[] = {&a.tapeDeck(), &b.tapeDeck(), &c.tapeDeck(), &d.tapeDeck()};
     SidechainLanes<Encoder, false> encoders(decks);
     SidechainLanes<Decoder, true> decoders(decks);
+    FourRecordHeads recordHeads;
+    const bool headsInLanes = recordHeads.gather(heads);
     PlaybackChainsInLanes leftChains, rightChains;
     const bool leftInLanes = leftChains.gather(left.decks[0].playbackFilters, left.decks[1].playbackFilters);
     const bool rightInLanes = rightChains.gather(right.decks[0].playbackFilters, right.decks[1].playbackFilters);
@@ -126,7 +129,10 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
         const Lanes saturatedRight = tapeTanh(Lanes(driveC, driveD)) * Lanes(100.0);
         double h[4] = {saturatedLeft.first(), saturatedLeft.second(), saturatedRight.first(), saturatedRight.second()};
         encodeFour<Encoder>(decks, h, encoders);
-        RecordHead::processFourInLanes(heads, h);
+        if (headsInLanes)
+            RecordHead::processFourInLanes(recordHeads, heads, h);
+        else
+            RecordHead::processFourInLanes(heads, h);
         decodeFour<Decoder>(decks, h, decoders);
         playPair(leftChains, leftInLanes, a, b, h[0], h[1]);
         playPair(rightChains, rightInLanes, c, d, h[2], h[3]);
@@ -137,6 +143,7 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
         xLeft[k] = outA + signLeft * outB;
         xRight[k] = outC + signRight * outD;
     }
+    recordHeads.scatter();
     leftChains.scatter();
     rightChains.scatter();
     for (auto* loop : {&a, &c})
