@@ -46,6 +46,9 @@ public:
     void valuesReplaced() override;
     void prepareToRender() override;
     void setBus(uint32_t index, AudioBus* bus) override;
+    // Never polyphonic: becoming monophonic again would promote the second state, which
+    // mirrors the settings without tape, to rendering.
+    void setPolyphonic(bool) override {}
 
     void processAudio(RenderContext& context, ElementState* state, uint32_t numSamples, float* const* channels,
                       const bool* inputWasSilent) override;

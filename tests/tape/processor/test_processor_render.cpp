@@ -91,6 +91,12 @@ TEST(ProcessorRender, OnlyTheRenderingStateHoldsTapeAndTheMirrorFollowsTheSetter
     rig.engine->prepare(44100.0, 512);
     EXPECT_TRUE(mirror.channels[0].decks[0].inputRing.empty());
     EXPECT_EQ(main.channels[0].decks[0].inputRing.size(), 88200u);
+
+    // Asked to go polyphonic and back, it keeps rendering with its own tape.
+    rig.processor->setPolyphonic(true);
+    rig.processor->setPolyphonic(false);
+    EXPECT_EQ(rig.processor->mainState(), &main);
+    EXPECT_EQ(main.channels[0].decks[0].inputRing.size(), 88200u);
 }
 
 TEST(MonitoringRing, KeepsTheNewestSamplesWhenTheReaderLagsAndIsBoundedByItsStorage)
