@@ -147,6 +147,8 @@ public:
           historyLength(d.speedHistory.size()),
           s(d.sampleCounter),
           writeIndex(d.sampleCounter % d.ringLength),
+          aheadSample(s),
+          aheadSlot(writeIndex),
           inputGain(d.inputGain),
           inputGliding(d.inputGainRamp.isMoving()),
           recordOn(d.recordHead.on != 0),
@@ -184,42 +186,37 @@ public:
     // saturator's argument; what goes into the encoder is tapeTanh of it times 100.
     inline double beforeSaturator(float input, float* deviation) noexcept
     {
-        const auto offset = static_cast<std::uint32_t>(s & 31u);
-        if (inputGliding)
+        writeTape(input, deviation, s, writeIndex);
+        const double forward = TapeHead::readWithin(inRing, ringLength, deepest, writeIndex, forwardDelay(s));
+        return fromHeads(forward, feedbackDelay(s));
+    }
+
+    // beforeSaturator() for a stretch of count samples ahead of the rest of the loop, one
+    // deck at a time: the tape write, ticks and the forward head depend only on the input
+    // and the transport, never on what the deck puts out. Gives the forward head's reads
+    // and the feedback head's delays (and the speed deviation where deviation is not null)
+    // for fromHeads() to finish sample by sample.
+    inline void runAhead(const float* input, std::uint32_t count, double* forward, double* feedbackDelays,
+                         float* deviation) noexcept
+    {
+        for (std::uint32_t k = 0; k < count; ++k)
         {
-            inputGain = deck.inputGainRamp.value();
-            deck.inputGainRamp.advance(1);
+            writeTape(input[k], deviation == nullptr ? nullptr : deviation + k, aheadSample, aheadSlot);
+            forward[k] = TapeHead::readWithin(inRing, ringLength, deepest, aheadSlot, forwardDelay(aheadSample));
+            feedbackDelays[k] = feedbackDelay(aheadSample);
+            ++aheadSample;
+            if (++aheadSlot == ringLength)
+                aheadSlot = 0;
         }
-        inRing[writeIndex] = input * inputGain;
-        // Dropouts stand on the tape; their generator runs in any case.
-        const double dropout = deck.demagnetisation.gainAt(s);
-        if (recordOn)
-            inRing[writeIndex] *= dropout;
+    }
 
-        if constexpr (LfoMode)
-        {
-            // Only the second deck's speed hangs on the phase, and only at ticks.
-            if (SecondDeck && offset == 0)
-                deck.flangePhase = flangePhaseAt(lfoTime);
-            lastLfoTime = lfoTime;
-            lfoTime += lfoIncrement;
-        }
-
-        if (offset == 0)
-            tick();
-
-        if constexpr (SecondDeck)
-            *deviation = deck.transport.deviationAt(offset);
-
-        // The feedback head's read of the input tape has weight 0 and is left out.
-        const double forwardDelay = forwardSlope * offset + forwardBase;
-        double r = TapeHead::readWithin(inRing, ringLength, deepest, writeIndex, forwardDelay);
+    // The rest of beforeSaturator() from the forward head's read: the feedback head, the
+    // old record path during a hand-over, the makeup and hiss level of this sample.
+    inline double fromHeads(double forward, double feedbackDelay) noexcept
+    {
+        double r = forward;
         if (feedbackGain != 0.0)
-        {
-            const double feedbackDelay = feedbackSlope * offset + feedbackBase;
             r += feedbackGain * TapeHead::readWithin(outRing, ringLength, deepest, writeIndex, feedbackDelay);
-        }
-
         if (fading)
             outgoingValue = recordOutgoing(r);
         if (ramping)
@@ -309,14 +306,67 @@ private:
         return deck.outgoing.crossfade.mix(outgoingValue, incoming, share);
     }
 
+    // The dropouts' gain at the current sample; their generator is asked only where it
+    // draws or dips.
+    [[gnu::always_inline]] inline double dropoutAt(std::uint64_t sample) noexcept
+    {
+        if (sample < unitGainEnd)
+            return 1.0;
+        const double gain = deck.demagnetisation.gainAt(sample);
+        unitGainEnd = sample + 1 + deck.demagnetisation.unitGainSamplesFrom(sample + 1);
+        return gain;
+    }
+
+    // The input onto the tape at sample (slot: its place in the ring), dropouts,
+    // LFO and ticks; deviation (when not null) receives the speed deviation.
+    [[gnu::always_inline]] inline void writeTape(float input, float* deviation, std::uint64_t sample,
+                                                 std::uint64_t slot) noexcept
+    {
+        const auto offset = static_cast<std::uint32_t>(sample & 31u);
+        if (inputGliding)
+        {
+            inputGain = deck.inputGainRamp.value();
+            deck.inputGainRamp.advance(1);
+        }
+        const double recorded = input * inputGain;
+        // Dropouts stand on the tape; their generator runs in any case.
+        const double dropout = dropoutAt(sample);
+        inRing[slot] = recordOn ? recorded * dropout : recorded;
+
+        if constexpr (LfoMode)
+        {
+            // Only the second deck's speed hangs on the phase, and only at ticks.
+            if (SecondDeck && offset == 0)
+                deck.flangePhase = flangePhaseAt(lfoTime);
+            lastLfoTime = lfoTime;
+            lfoTime += lfoIncrement;
+        }
+
+        if (offset == 0)
+            tick(sample);
+
+        if constexpr (SecondDeck)
+            if (deviation != nullptr)
+                *deviation = deck.transport.deviationAt(offset);
+    }
+
+    double forwardDelay(std::uint64_t sample) const noexcept
+    {
+        return forwardSlope * static_cast<std::uint32_t>(sample & 31u) + forwardBase;
+    }
+    double feedbackDelay(std::uint64_t sample) const noexcept
+    {
+        return feedbackSlope * static_cast<std::uint32_t>(sample & 31u) + feedbackBase;
+    }
+
     double flangePhaseAt(float t) const noexcept
     {
         return (waveform(t) * normaliser + 1.0f) * 0.5f;
     }
 
-    void tick() noexcept
+    [[gnu::noinline]] void tick(std::uint64_t sample) noexcept
     {
-        const std::uint64_t tickIndex = s >> 5;
+        const std::uint64_t tickIndex = sample >> 5;
         const double speed = SecondDeck ? deck.flangeSpeed() : deck.tickSpeed();
         deck.transport.tick(tickIndex, 0.0, speed, history, historyLength);
         deck.advanceSpeedGlide();
@@ -343,7 +393,10 @@ private:
     double deepest;
     std::uint64_t historyLength;
     std::uint64_t s;
+    std::uint64_t unitGainEnd = 0; // the dropouts give exactly 1 before this sample
     std::uint64_t writeIndex;
+    std::uint64_t aheadSample; // where runAhead() goes on
+    std::uint64_t aheadSlot;
     double inputGain;
     bool inputGliding;
     bool recordOn;

@@ -107,6 +107,21 @@ uint64_t Demagnetisation::nextSegmentStart (uint64_t s, uint64_t segmentLength) 
     return segmentBoundary;
 }
 
+uint64_t Demagnetisation::unitGainSamplesFrom (uint64_t s) const noexcept
+{
+    if (degradeDepth != 0.0 || ! curveStaysFinite)
+        return 0;
+    const uint64_t sectionEnd = sectionStart + sectionLength;
+    if (s >= sectionEnd)
+        return 0; // a new section is drawn here (or the pattern was moved: let gainAt see it)
+    if (s < sectionStart)
+        return sectionStart - s; // in the gap: nothing happens until the section opens
+    const uint64_t past = (s - sectionStart) % segmentSamples;
+    if (past == 0)
+        return 0;
+    return std::min (segmentSamples - past, sectionEnd - s);
+}
+
 double Demagnetisation::gainAt (uint64_t s) noexcept
 {
     const uint64_t segmentLength = segmentSamples;

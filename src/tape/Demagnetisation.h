@@ -39,6 +39,12 @@ public:
     // indices; the random sequence advances whatever the depth.
     double gainAt (uint64_t sampleIndex) noexcept;
 
+    // How many samples from sampleIndex on gainAt() would give exactly 1 and change
+    // nothing but its own look-up cache: at depth 0, up to the next section or segment
+    // start, where it draws. 0 when it must be called at sampleIndex. A block loop skips
+    // those calls.
+    uint64_t unitGainSamplesFrom (uint64_t sampleIndex) const noexcept;
+
 private:
     uint64_t samplesPerSegment() const noexcept;
     void beginSegment (uint64_t sampleIndex, uint64_t segmentLength) noexcept;

@@ -70,7 +70,7 @@ private:
 };
 
 // TapeCeiling::apply on each lane: the bend only where a lane passes the knee.
-inline Lanes applyTapeCeiling(Lanes x) noexcept
+[[gnu::always_inline]] inline Lanes applyTapeCeiling(Lanes x) noexcept
 {
     const LaneMask below = abs(x) <= Lanes(TapeCeiling::knee);
     if (below.every())

@@ -1,5 +1,6 @@
 #include "tape/RecordHead.h"
 
+#include "tape/FourRecordHeads.h"
 #include "tape/GateTanh.h"
 #include "tape/Lanes.h"
 
@@ -279,19 +280,37 @@ void RecordHead::solvePairsInLanes(RecordHead* const* heads, double* h) noexcept
         opening[i] = heads[i]->gateOpening(h[i]);
     }
     gateNoise<2 * Pairs>(opening, noise);
-    Lanes driven[Pairs], m0[Pairs], a[Pairs], f0[Pairs], fsOverK[Pairs], x[Pairs];
-    LaneMask running[Pairs];
+    Lanes driven[Pairs], a[Pairs], fsOverK[Pairs];
     for (int p = 0; p < Pairs; ++p)
     {
         RecordHead& first = *heads[2 * p];
         RecordHead& second = *heads[2 * p + 1];
         driven[p] = Lanes(first.withGatedNoise(h[2 * p], noise[2 * p]),
                           second.withGatedNoise(h[2 * p + 1], noise[2 * p + 1]));
-        m0[p] = Lanes(first.magnetisation, second.magnetisation);
         a[p] = Lanes(first.a, second.a);
-        f0[p] = antiderivative(m0[p], a[p]);
         fsOverK[p] = Lanes(first.sampleRate, second.sampleRate) / Lanes(first.k, second.k);
-        x[p] = Lanes(first.step, second.step);
+    }
+    solveDrivenInLanes<Pairs>(heads, driven, a, fsOverK, h);
+}
+
+void RecordHead::processFourInLanes(FourRecordHeads& four, RecordHead* const* heads, double* h) noexcept
+{
+    Lanes driven[2];
+    four.drive(h, driven);
+    solveDrivenInLanes<2>(heads, driven, four.hardness, four.fsOverK, h);
+}
+
+template <int Pairs>
+void RecordHead::solveDrivenInLanes(RecordHead* const* heads, const Lanes* driven, const Lanes* a,
+                                    const Lanes* fsOverK, double* h) noexcept
+{
+    Lanes m0[Pairs], f0[Pairs], x[Pairs];
+    LaneMask running[Pairs];
+    for (int p = 0; p < Pairs; ++p)
+    {
+        m0[p] = Lanes(heads[2 * p]->magnetisation, heads[2 * p + 1]->magnetisation);
+        f0[p] = antiderivative(m0[p], a[p]);
+        x[p] = Lanes(heads[2 * p]->step, heads[2 * p + 1]->step);
         running[p] = LaneMask::all();
     }
     // All pairs in one loop, so that several independent solves are in flight at once.

@@ -7,6 +7,9 @@
 namespace oxa
 {
 
+class FourRecordHeads;
+struct Lanes;
+
 // The magnetic record head: a first-order nonlinear magnetisation law solved
 // implicitly per sample (with an antiderivative step that keeps the cubic's
 // aliasing low), fed with gated pink noise.
@@ -63,6 +66,9 @@ struct RecordHead
     // Four heads (the decks of a stereo pair) as the pairs (0, 1) and (2, 3) of
     // processPair, all solved in one loop; h holds the four inputs and receives the outputs.
     static void processFourInLanes(RecordHead* const* heads, double* h) noexcept;
+    // The same with the heads' hiss, gates and per-block constants held in lanes for the
+    // block (heads gathered into four).
+    static void processFourInLanes(FourRecordHeads& four, RecordHead* const* heads, double* h) noexcept;
 
     // The small-signal slope of the anhysteretic law at the origin.
     static double smallSignalSlope(double hardness) noexcept { return hardness - 0.855722502; }
@@ -78,6 +84,7 @@ struct RecordHead
     float nextNoise() noexcept;
 
 private:
+    friend class FourRecordHeads;
     // H plus gated noise; stored in input.
     double withNoise(double h) noexcept;
     // Moves the gate's follower on by one sample and gives the argument of its tanh.
@@ -91,6 +98,10 @@ private:
     double commit(double x, double m0, double fsOverK) noexcept;
     template <int Pairs>
     static void solvePairsInLanes(RecordHead* const* heads, double* h) noexcept;
+    // Newton's solve and commit for pairs of heads driven by driven, each pair in lanes.
+    template <int Pairs>
+    static void solveDrivenInLanes(RecordHead* const* heads, const Lanes* driven, const Lanes* a,
+                                   const Lanes* fsOverK, double* h) noexcept;
 };
 
 } // namespace oxa

@@ -2,6 +2,7 @@
 
 #include "tape/Decibels.h"
 #include "tape/DeckLoop.h"
+#include "tape/FourRecordHeads.h"
 #include "tape/Lanes.h"
 #include "tape/PlaybackChainsInLanes.h"
 
@@ -110,23 +111,38 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
     TapeDeck* const decks[] = {&a.tapeDeck(), &b.tapeDeck(), &c.tapeDeck(), &d.tapeDeck()};
     SidechainLanes<Encoder, false> encoders(decks);
     SidechainLanes<Decoder, true> decoders(decks);
+    FourRecordHeads recordHeads;
+    const bool headsInLanes = recordHeads.gather(heads);
     PlaybackChainsInLanes leftChains, rightChains;
     const bool leftInLanes = leftChains.gather(left.decks[0].playbackFilters, left.decks[1].playbackFilters);
     const bool rightInLanes = rightChains.gather(right.decks[0].playbackFilters, right.decks[1].playbackFilters);
-    float leftDeviation = 0.0f;
+    // The tape's side of each deck runs a stretch ahead, one deck at a time, its state in
+    // registers; the rest follows sample by sample with all four decks side by side.
+    constexpr std::uint32_t stretch = 64;
+    double forward[4][stretch], feedbackDelays[4][stretch];
     for (std::uint32_t k = 0; k < n; ++k)
     {
-        const float inLeft = xLeft[k];
-        const float inRight = xRight[k];
-        const double driveA = a.beforeSaturator(inLeft, nullptr);
-        const double driveB = b.beforeSaturator(inLeft, &leftDeviation);
-        const double driveC = c.beforeSaturator(inRight, nullptr);
-        const double driveD = d.beforeSaturator(inRight, deviation + k);
+        const std::uint32_t within = k % stretch;
+        if (within == 0)
+        {
+            const std::uint32_t count = std::min(stretch, n - k);
+            a.runAhead(xLeft + k, count, forward[0], feedbackDelays[0], nullptr);
+            b.runAhead(xLeft + k, count, forward[1], feedbackDelays[1], nullptr);
+            c.runAhead(xRight + k, count, forward[2], feedbackDelays[2], nullptr);
+            d.runAhead(xRight + k, count, forward[3], feedbackDelays[3], deviation + k);
+        }
+        const double driveA = a.fromHeads(forward[0][within], feedbackDelays[0][within]);
+        const double driveB = b.fromHeads(forward[1][within], feedbackDelays[1][within]);
+        const double driveC = c.fromHeads(forward[2][within], feedbackDelays[2][within]);
+        const double driveD = d.fromHeads(forward[3][within], feedbackDelays[3][within]);
         const Lanes saturatedLeft = tapeTanh(Lanes(driveA, driveB)) * Lanes(100.0);
         const Lanes saturatedRight = tapeTanh(Lanes(driveC, driveD)) * Lanes(100.0);
         double h[4] = {saturatedLeft.first(), saturatedLeft.second(), saturatedRight.first(), saturatedRight.second()};
         encodeFour<Encoder>(decks, h, encoders);
-        RecordHead::processFourInLanes(heads, h);
+        if (headsInLanes)
+            RecordHead::processFourInLanes(recordHeads, heads, h);
+        else
+            RecordHead::processFourInLanes(heads, h);
         decodeFour<Decoder>(decks, h, decoders);
         playPair(leftChains, leftInLanes, a, b, h[0], h[1]);
         playPair(rightChains, rightInLanes, c, d, h[2], h[3]);
@@ -137,6 +153,7 @@ void runStereo(TapeChannel& left, TapeChannel& right, float* xLeft, float* xRigh
         xLeft[k] = outA + signLeft * outB;
         xRight[k] = outC + signRight * outD;
     }
+    recordHeads.scatter();
     leftChains.scatter();
     rightChains.scatter();
     for (auto* loop : {&a, &c})

@@ -60,7 +60,7 @@ struct TapeHead
     static double deepestDelay(std::uint64_t ringLength) noexcept { return static_cast<double>(ringLength - 2); }
 
     // readAt() with the ring's deepest delay already known.
-    static double readWithin(const double* ring, std::uint64_t ringLength, double deepest, std::uint64_t writeIndex,
+    [[gnu::always_inline]] static double readWithin(const double* ring, std::uint64_t ringLength, double deepest, std::uint64_t writeIndex,
                              double delaySamples) noexcept
     {
         // A head that walked the whole history (blank tape after a reset) would otherwise

@@ -33,7 +33,7 @@ inline double tapeTanh(double x) noexcept
 }
 
 // tapeTanh on each lane, bit for bit.
-inline Lanes tapeTanh(Lanes x) noexcept
+[[gnu::always_inline]] inline Lanes tapeTanh(Lanes x) noexcept
 {
     const LaneMask small = abs(x) < Lanes(0.0625);
     const Lanes series = tapeTanhSeries(x);

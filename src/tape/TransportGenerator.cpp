@@ -7,7 +7,17 @@ namespace oxa
 namespace
 {
 constexpr double twoPi = 6.283185307179586;
+
+// depth * sin(angle). At depth 0 the product is a signed zero, which adds nothing to the
+// speed factor's sum (never negative zero), so the sine is skipped; a non-finite angle
+// keeps it, since there the product is NaN.
+inline double swing(double depth, double angle) noexcept
+{
+    if (depth == 0.0 && std::isfinite(angle))
+        return 0.0;
+    return depth * std::sin(angle);
 }
+} // namespace
 
 void TransportGenerator::restoreSeeds() noexcept
 {
@@ -53,8 +63,8 @@ void TransportGenerator::tick(std::uint64_t tick, double phaseOffset, double nom
 
     double factor = 1.0;
     if (transportOn)
-        factor = 1.0 + wowDepth * std::sin(twoPi * (phaseOffset + wowPhase))
-                 + flutterDepth * std::sin(twoPi * (phaseOffset + flutterPhase)) + randomDepth * randomValue;
+        factor = 1.0 + swing(wowDepth, twoPi * (phaseOffset + wowPhase))
+                 + swing(flutterDepth, twoPi * (phaseOffset + flutterPhase)) + randomDepth * randomValue;
 
     double speed = factor * nominalSpeed;
     // Bad settings must neither stall nor poison the heads' walk.

@@ -3,6 +3,7 @@
 // project sounds the same everywhere.
 #include "tape/Decibels.h"
 #include "tape/EnvelopeCurve.h"
+#include "tape/FourRecordHeads.h"
 #include "tape/RecordHead.h"
 #include "tape/SlidingBandCompander.h"
 #include "tape/ThreeBandCompander.h"
@@ -144,36 +145,89 @@ TEST(SolverKernels, FourRecordHeadsInLanesEachGiveWhatTheyGiveAloneEvenAfterABro
 {
     // Different hardness, resistance and noise per head, so their solves converge after
     // different passes; now and then one head gets a non-finite sample, which must reset
-    // only that head's step, as process() does, while the others solve on.
-    RecordHead four[4], alone[4];
-    for (int d = 0; d < 4; ++d)
-        for (RecordHead* head : {&four[d], &alone[d]})
-        {
-            head->prepare(sampleRate);
-            head->restartNoise(7u + static_cast<std::uint32_t>(d), 99u);
-            head->a = 1.0 + 0.9 * d;
-            head->k = 100.0 * std::pow(10.0, 0.7 * d);
-            head->noiseLevel = d == 2 ? 0.0 : 0.01;
-        }
-    const std::vector<float> signal = loudSignal(4800, 5);
-    RecordHead* const heads[] = {&four[0], &four[1], &four[2], &four[3]};
-    for (std::size_t n = 0; n < signal.size(); ++n)
+    // only that head's step, as process() does, while the others solve on. Gathered for a
+    // block, the hiss generators and gates run in lanes too: with a gate off among them,
+    // and with a pink filter's sum pushed to its bound, where its draws are refused and
+    // that sample's hiss is drawn head by head.
+    struct Case
     {
-        double h[4], expected[4];
+        const char* name;
+        bool gathered;
+        bool secondGateOff;
+        float firstNoiseSum;
+        bool broken; // a broken sample leaves its gate's follower NaN for good
+    };
+    const Case cases[] = {{"heads alone", false, false, 0.0f, true},
+                          {"gathered", true, false, 0.0f, true},
+                          {"gathered, a gate off", true, true, 0.0f, false},
+                          {"gathered, a sum at its bound", true, false, 7.8f, false}};
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        RecordHead four[4], alone[4];
         for (int d = 0; d < 4; ++d)
+            for (RecordHead* head : {&four[d], &alone[d]})
+            {
+                head->prepare(sampleRate);
+                head->restartNoise(7u + static_cast<std::uint32_t>(d), 99u);
+                head->a = 1.0 + 0.9 * d;
+                head->k = 100.0 * std::pow(10.0, 0.7 * d);
+                head->noiseLevel = d == 2 ? 0.0 : 0.01;
+                head->setGateOn(!(c.secondGateOff && d == 1));
+                if (d == 0)
+                    head->noiseSum = c.firstNoiseSum;
+            }
+        RecordHead* const heads[] = {&four[0], &four[1], &four[2], &four[3]};
+        FourRecordHeads gathered;
+        ASSERT_TRUE(!c.gathered || gathered.gather(heads));
+        const std::vector<float> signal = loudSignal(4800, 5);
+        for (std::size_t n = 0; n < signal.size(); ++n)
         {
-            h[d] = 3.0 * signal[(n + 1201 * d) % signal.size()];
-            if (n % 613 == 300 && d == static_cast<int>(n % 4))
-                h[d] = (n % 2) != 0 ? std::nan("") : -INFINITY;
-            expected[d] = alone[d].process(h[d]);
+            double h[4], expected[4];
+            for (int d = 0; d < 4; ++d)
+            {
+                // Quiet stretches, so that the gates close and open.
+                const double level = (n / 1200) % 2 == 0 ? 3.0 : 0.0003;
+                h[d] = level * signal[(n + 1201 * d) % signal.size()];
+                if (c.broken && n % 613 == 300 && d == static_cast<int>(n % 4))
+                    h[d] = (n % 2) != 0 ? std::nan("") : -INFINITY;
+                expected[d] = alone[d].process(h[d]);
+            }
+            if (c.gathered)
+                RecordHead::processFourInLanes(gathered, heads, h);
+            else
+                RecordHead::processFourInLanes(heads, h);
+            for (int d = 0; d < 4; ++d)
+            {
+                ASSERT_EQ(std::memcmp(&h[d], &expected[d], sizeof(double)), 0) << "sample " << n << ", head " << d;
+                ASSERT_EQ(four[d].step, alone[d].step) << "sample " << n << ", head " << d;
+            }
         }
-        RecordHead::processFourInLanes(heads, h);
+        gathered.scatter();
         for (int d = 0; d < 4; ++d)
         {
-            ASSERT_EQ(std::memcmp(&h[d], &expected[d], sizeof(double)), 0) << "sample " << n << ", head " << d;
-            ASSERT_EQ(four[d].step, alone[d].step) << "sample " << n << ", head " << d;
+            // What the block kept in lanes is back in the heads.
+            EXPECT_EQ(four[d].random.b, alone[d].random.b) << "head " << d;
+            EXPECT_EQ(four[d].noiseSum, alone[d].noiseSum) << "head " << d;
+            EXPECT_EQ(four[d].noiseCounter, alone[d].noiseCounter) << "head " << d;
+            EXPECT_EQ(std::memcmp(&four[d].gateEnvelope, &alone[d].gateEnvelope, sizeof(double)), 0) << "head " << d;
         }
     }
+}
+
+TEST(SolverKernels, FourRecordHeadsAreGatheredOnlyWhereTheyCanRunSideBySide)
+{
+    RecordHead heads[4];
+    for (RecordHead& head : heads)
+        head.prepare(sampleRate);
+    RecordHead* const four[] = {&heads[0], &heads[1], &heads[2], &heads[3]};
+    heads[3].nextNoise(); // its pink filter's rows now change on other samples
+    EXPECT_FALSE(FourRecordHeads().gather(four));
+    heads[3].restartNoise(1u, 2u);
+    heads[1].setOn(false);
+    EXPECT_FALSE(FourRecordHeads().gather(four));
+    heads[1].setOn(true);
+    EXPECT_TRUE(FourRecordHeads().gather(four));
 }
 
 TEST(SolverKernels, CurveInLanesKeepsTheEdgesOfEachSegmentAndOddValues)
