@@ -55,11 +55,19 @@ struct EnvelopeCurveTerms
         return applyWithStep (x, chargeStep (x));
     }
 
+    // The level the curve reads (the follower's level times the square root of two) once a
+    // charge step has been taken.
+    template <class T>
+    [[gnu::always_inline]] T levelAfter (T step) const noexcept
+    {
+        return (step * 0.5 + charge) * invC * 1.4142135623730951;
+    }
+
     // apply() with the charge step already known.
     template <class T>
     [[gnu::always_inline]] T applyWithStep (T x, T step) const noexcept
     {
-        const T e = (step * 0.5 + charge) * invC * 1.4142135623730951;
+        const T e = levelAfter (step);
         return shape (e) * x / (e + 1e-16);
     }
 
@@ -76,7 +84,7 @@ struct EnvelopeCurveTerms
     template <class T>
     [[gnu::always_inline]] T applyWithStepMostlyAboveKnee (T x, T step) const noexcept
     {
-        const T e = (step * 0.5 + charge) * invC * 1.4142135623730951;
+        const T e = levelAfter (step);
         const T shaped = (e > high).every() ? (e - high) * slope + top : shape (e);
         return shaped * x / (e + 1e-16);
     }
