@@ -113,6 +113,7 @@ void ExportedPluginParameter::stopListening()
 void ExportedPluginParameter::dropBinding()
 {
     stopListening();
+    hostWrite.store(std::numeric_limits<float>::quiet_NaN());
     hostElement.store(nullptr);
     bound.store(false);
     parameterKind.store(ParameterKind::Invalid);
@@ -204,7 +205,10 @@ void ExportedPluginParameter::parameterChanged(Element* from, unsigned changedId
 {
     if (from == nullptr || from != getElement() || changedId != id.load() || ignoreOwnWrite.load())
         return;
-    sendValueChangedMessageToListeners(getValue());
+    const float echo = hostWrite.exchange(std::numeric_limits<float>::quiet_NaN());
+    const float value = getValue();
+    if (value != echo)
+        sendValueChangedMessageToListeners(value);
 }
 
 bool ExportedPluginParameter::isThisParameter(const Element& from, unsigned changedId) const
@@ -292,7 +296,10 @@ void ExportedPluginParameter::setValue(float v)
             {
                 const float plain = storedFloat(static_cast<const ParameterDescription<float>*>(d)->map(e, v));
                 if (std::isfinite(plain) && !(plain == e->pendingFloatParameter(pid)))
+                {
                     e->setFloatParameter(pid, plain, true);
+                    hostWrite.store(normalise(*e, d));
+                }
                 break;
             }
             case ParameterKind::Int:
@@ -300,14 +307,20 @@ void ExportedPluginParameter::setValue(float v)
                 auto* i = static_cast<const ParameterDescription<int>*>(d);
                 const int plain = intFromNormalised(v, i->min, i->max);
                 if (plain != e->pendingIntParameter(pid))
+                {
                     e->setIntParameter(pid, plain, true);
+                    hostWrite.store(normalise(*e, d));
+                }
                 break;
             }
             case ParameterKind::Bool:
             {
                 const bool plain = v > 0.5f;
                 if (plain != e->pendingBoolParameter(pid))
+                {
                     e->setBoolParameter(pid, plain, true);
+                    hostWrite.store(normalise(*e, d));
+                }
                 break;
             }
             default: break;

@@ -10,6 +10,7 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <atomic>
+#include <limits>
 
 namespace oxa
 {
@@ -93,6 +94,9 @@ private:
     unsigned slot;
     std::atomic<bool> ignoreOwnWrite {false};
     std::atomic<float> unboundValue {0.0f};
+    // The value of the host's latest write to the element, until that write's change notice
+    // comes back: the host knows that value already, so it is not sent back to it.
+    std::atomic<float> hostWrite {std::numeric_limits<float>::quiet_NaN()};
     std::atomic<float> defaultValue {0.0f};
     std::atomic<const ParameterDescriptionBase*> description {nullptr};
     std::atomic<bool> bound {false};

@@ -136,6 +136,8 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     juce::MidiBuffer midi;
     plugin.processBlock(buffer, midi);
     EXPECT_FLOAT_EQ(plugin.box->gainValue, 1.6f);
+    ParameterChangedAsyncSignal::drainNow();
+    EXPECT_EQ(host.changes, 0) << "nor once the write's change notice comes back";
 
     // broken host values change nothing
     ParameterChangedAsyncSignal::drainNow();
@@ -153,6 +155,14 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     EXPECT_EQ(host.changes, 1);
     EXPECT_EQ(host.lastIndex, plugin.level->getParameterIndex());
     EXPECT_FLOAT_EQ(host.lastValue, 0.2f);
+
+    // A host write overtaken by a change on the element's side: the host hears the latter.
+    host.changes = 0;
+    plugin.level->setValue(0.7f);
+    plugin.box->setFloatParameter(GainEffect::gainId(), 0.2f);
+    ParameterChangedAsyncSignal::drainNow();
+    EXPECT_GE(host.changes, 1);
+    EXPECT_FLOAT_EQ(host.lastValue, 0.1f);
     plugin.level->removeListener(&host);
 }
 
