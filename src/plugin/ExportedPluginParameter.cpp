@@ -276,6 +276,7 @@ void ExportedPluginParameter::setValue(float v)
 {
     if (!std::isfinite(v))
         return; // a broken host value never reaches the element
+    const float asSent = v;
     v = juce::jlimit(0.0f, 1.0f, v);
     ignoreOwnWrite.store(true);
     const ParameterDescriptionBase* d = description.load();
@@ -298,7 +299,7 @@ void ExportedPluginParameter::setValue(float v)
                 if (std::isfinite(plain) && !(plain == e->pendingFloatParameter(pid)))
                 {
                     e->setFloatParameter(pid, plain, true);
-                    hostWrite.store(normalise(*e, d));
+                    hostWrite.store(asSent);
                 }
                 break;
             }
@@ -309,7 +310,7 @@ void ExportedPluginParameter::setValue(float v)
                 if (plain != e->pendingIntParameter(pid))
                 {
                     e->setIntParameter(pid, plain, true);
-                    hostWrite.store(normalise(*e, d));
+                    hostWrite.store(asSent);
                 }
                 break;
             }
@@ -319,7 +320,7 @@ void ExportedPluginParameter::setValue(float v)
                 if (plain != e->pendingBoolParameter(pid))
                 {
                     e->setBoolParameter(pid, plain, true);
-                    hostWrite.store(normalise(*e, d));
+                    hostWrite.store(asSent);
                 }
                 break;
             }

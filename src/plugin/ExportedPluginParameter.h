@@ -94,8 +94,9 @@ private:
     unsigned slot;
     std::atomic<bool> ignoreOwnWrite {false};
     std::atomic<float> unboundValue {0.0f};
-    // The value of the host's latest write to the element, until that write's change notice
-    // comes back: the host knows that value already, so it is not sent back to it.
+    // The host's latest write to the element, as the host sent it, until that write's change
+    // notice comes back: the host knows that value already and is not sent it back. Where
+    // the element holds it a little differently (stored precision, steps), the host is told.
     std::atomic<float> hostWrite {std::numeric_limits<float>::quiet_NaN()};
     std::atomic<float> defaultValue {0.0f};
     std::atomic<const ParameterDescriptionBase*> description {nullptr};

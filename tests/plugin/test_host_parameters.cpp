@@ -156,6 +156,13 @@ TEST(HostParameters, HostWritesAreDeferredFilteredAndNotEchoed)
     EXPECT_EQ(host.lastIndex, plugin.level->getParameterIndex());
     EXPECT_FLOAT_EQ(host.lastValue, 0.2f);
 
+    // A host value beyond the range is answered with the value the element took.
+    host.changes = 0;
+    plugin.level->setValue(1.5f);
+    ParameterChangedAsyncSignal::drainNow();
+    EXPECT_EQ(host.changes, 1);
+    EXPECT_FLOAT_EQ(host.lastValue, 1.0f);
+
     // A host write overtaken by a change on the element's side: the host hears the latter.
     host.changes = 0;
     plugin.level->setValue(0.7f);
