@@ -11,6 +11,8 @@
 
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
 namespace oxa
 {
@@ -47,43 +49,47 @@ inline double decodeStage(Path& path, double h) noexcept
         return h;
 }
 
+// The compander of a deck that solves its steps in lanes, by type: 2 three-band, 3 sliding band.
+template <int Type>
+struct LanedCompander;
+template <>
+struct LanedCompander<2>
+{
+    static ThreeBandCompander& in(TapeDeck& deck) noexcept { return deck.threeBand; }
+};
+template <>
+struct LanedCompander<3>
+{
+    static SlidingBandCompander& in(TapeDeck& deck) noexcept { return deck.slidingBand; }
+};
+
 // The compander sidechains of a stereo pair's four decks in lanes, two decks a register,
 // made once a block: a sample then gathers only what moves (histories and charges).
 // Types that solve nothing in lanes hold nothing.
-template <int Type, bool Decoding>
+template <int Type, bool Decoding, bool Laned = (Type == 2 || Type == 3)>
 struct SidechainLanes
 {
     explicit SidechainLanes(TapeDeck* const*) noexcept {}
 };
 
-template <bool Decoding>
-struct SidechainLanes<2, Decoding>
+template <int Type, bool Decoding>
+struct SidechainLanes<Type, Decoding, true>
 {
-    explicit SidechainLanes(TapeDeck* const* decks) noexcept
-        : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])}
-    {
-    }
-    static ThreeBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
-    {
-        return Decoding ? ThreeBandCompander::decoderLanes(first.threeBand, second.threeBand)
-                        : ThreeBandCompander::encoderLanes(first.threeBand, second.threeBand);
-    }
-    ThreeBandSidechain::TwoInLanes pairs[2];
-};
+    using Compander = std::remove_reference_t<decltype(LanedCompander<Type>::in(std::declval<TapeDeck&>()))>;
+    using Pair = decltype(Compander::encoderLanes(std::declval<const Compander&>(), std::declval<const Compander&>()));
 
-template <bool Decoding>
-struct SidechainLanes<3, Decoding>
-{
     explicit SidechainLanes(TapeDeck* const* decks) noexcept
-        : pairs{of(*decks[0], *decks[1]), of(*decks[2], *decks[3])}
+        : companders{&LanedCompander<Type>::in(*decks[0]), &LanedCompander<Type>::in(*decks[1]),
+                     &LanedCompander<Type>::in(*decks[2]), &LanedCompander<Type>::in(*decks[3])},
+          pairs{of(*companders[0], *companders[1]), of(*companders[2], *companders[3])}
     {
     }
-    static SlidingBandSidechain::TwoInLanes of(const TapeDeck& first, const TapeDeck& second) noexcept
+    static Pair of(const Compander& first, const Compander& second) noexcept
     {
-        return Decoding ? SlidingBandCompander::decoderLanes(first.slidingBand, second.slidingBand)
-                        : SlidingBandCompander::encoderLanes(first.slidingBand, second.slidingBand);
+        return Decoding ? Compander::decoderLanes(first, second) : Compander::encoderLanes(first, second);
     }
-    SlidingBandSidechain::TwoInLanes pairs[2];
+    Compander* const companders[4];
+    Pair pairs[2];
 };
 
 // The same stages for the four decks of a stereo pair at once: the heavy types take
@@ -91,45 +97,21 @@ struct SidechainLanes<3, Decoding>
 template <int Type>
 inline void encodeFour(TapeDeck* const* decks, double* h, SidechainLanes<Type, false>& sides) noexcept
 {
-    if constexpr (Type == 2)
-    {
-        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
-                                                  &decks[3]->threeBand};
-        ThreeBandCompander::encodeFourInLanes(companders, h, sides.pairs);
-    }
-    else if constexpr (Type == 3)
-    {
-        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
-                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
-        SlidingBandCompander::encodeFourInLanes(companders, h, sides.pairs);
-    }
+    if constexpr (Type == 2 || Type == 3)
+        SidechainLanes<Type, false>::Compander::encodeFourInLanes(sides.companders, h, sides.pairs);
     else
-    {
         for (int d = 0; d < 4; ++d)
             h[d] = encodeStage<Type, true>(*decks[d], h[d]);
-    }
 }
 
 template <int Type>
 inline void decodeFour(TapeDeck* const* decks, double* h, SidechainLanes<Type, true>& sides) noexcept
 {
-    if constexpr (Type == 2)
-    {
-        ThreeBandCompander* const companders[] = {&decks[0]->threeBand, &decks[1]->threeBand, &decks[2]->threeBand,
-                                                  &decks[3]->threeBand};
-        ThreeBandCompander::decodeFourInLanes(companders, h, sides.pairs);
-    }
-    else if constexpr (Type == 3)
-    {
-        SlidingBandCompander* const companders[] = {&decks[0]->slidingBand, &decks[1]->slidingBand,
-                                                    &decks[2]->slidingBand, &decks[3]->slidingBand};
-        SlidingBandCompander::decodeFourInLanes(companders, h, sides.pairs);
-    }
+    if constexpr (Type == 2 || Type == 3)
+        SidechainLanes<Type, true>::Compander::decodeFourInLanes(sides.companders, h, sides.pairs);
     else
-    {
         for (int d = 0; d < 4; ++d)
             h[d] = decodeStage<Type, true>(*decks[d], h[d]);
-    }
 }
 
 template <bool LfoMode, int Encoder, int Decoder, bool SecondDeck, bool InLanes>
