@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <set>
 #include <tuple>
 #include <vector>
 
@@ -45,34 +44,6 @@ struct ChangeLog
     std::vector<uint32_t> ids;
 };
 } // namespace
-
-TEST(ProcessorTable, HasAllRowsWithTheirNamesUnitsAndControlRate)
-{
-    const Ids& id = FluxDeckProcessor::ids();
-    auto& registry = ParameterRegistry::instance();
-    std::set<uint32_t> distinct(id.exposedOrder.begin(), id.exposedOrder.end());
-    EXPECT_EQ(distinct.size(), 44u);
-
-    auto owner = std::make_shared<FluxDeckProcessor>();
-    FluxDeckProcessor& processor = *owner;
-    for (uint32_t row : id.exposedOrder)
-    {
-        ASSERT_NE(processor.findInfo(row), nullptr) << registry.nameOf(row).c_str();
-        if (const auto* f = registry.floatDescription(row))
-        {
-            EXPECT_EQ(f->controlRate, 32u) << f->name.c_str();
-            EXPECT_TRUE(f->hasRange());
-            EXPECT_GE(f->defaultValue, f->min);
-            EXPECT_LE(f->defaultValue, f->max);
-        }
-    }
-    EXPECT_EQ(registry.floatDescription(id.mix)->displayName, "Mix");
-    EXPECT_EQ(registry.floatDescription(id.hysteresis)->displayName, "Magnetic Resistance");
-    EXPECT_EQ(registry.floatDescription(id.lfoFreq)->displayType, 8);
-    EXPECT_EQ(registry.floatDescription(id.delay)->mapperFlags, 7u);
-    EXPECT_EQ(registry.floatDescription(id.relativeDelay)->defaultValue, -1.0f);
-    EXPECT_NE(processor.parameterId("ApplyLowLatency"), 0u);
-}
 
 TEST(ProcessorTable, ListParametersShowAndParseTheirLabels)
 {
