@@ -273,27 +273,6 @@ TEST(HostParameters, BindingsSaveLoadAndBind)
     EXPECT_TRUE(plugin.level->targetPath().isEmpty());
 }
 
-TEST(FluxDeckHostParameters, FortyFiveSlotsAtTheEffect)
-{
-    FluxDeckPlugin plugin;
-    const auto& list = FluxDeckPlugin::hostParameters();
-    ASSERT_EQ(list.size(), 45u);
-    ASSERT_EQ(plugin.getParameters().size(), 45);
-    ASSERT_NE(plugin.getBypassParameter(), nullptr) << "our own, so the host adds none";
-    EXPECT_FALSE(plugin.getParameters().contains(plugin.getBypassParameter()));
-    for (size_t i = 0; i < list.size(); ++i)
-    {
-        auto* p = plugin.parameterAt(i);
-        ASSERT_NE(p, nullptr);
-        EXPECT_EQ(p->slotIndex(), i);
-        EXPECT_EQ(p->targetPath().str(), "/FluxDeck");
-        EXPECT_EQ(p->targetName().str(), list[i].name);
-        EXPECT_TRUE(p->isBound()) << "slot " << i;
-    }
-    EXPECT_EQ(plugin.parameterAt(15)->getName(100), juce::String("Low Latency Mode"));
-    EXPECT_TRUE(plugin.parameterAt(15)->isBoolean());
-}
-
 namespace
 {
 juce::AudioProcessorParameter& hostSlot(FluxDeckPlugin& plugin, const char* shownName)
