@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <cmath>
-#include <sstream>
 #include <thread>
 
 using namespace oxa;
@@ -20,11 +19,6 @@ TEST(ParameterRegistryIds, CommonIdsFirstSameNameTwiceTwoIdsUnregisterForgets)
 {
     const auto& common = Element::commonIds();
     ProbeElement probe("p");
-    EXPECT_GE(common.displayType, 1u);
-    EXPECT_LT(common.displayType, common.memorySize);
-    EXPECT_LT(common.memorySize, common.bypass);
-    EXPECT_LT(common.bypass, common.alias[0]);
-    EXPECT_EQ(common.alias[127], common.alias[0] + 127);
     EXPECT_LT(common.alias[127], ProbeElement::ids().gain);
     auto& registry = ParameterRegistry::instance();
     EXPECT_EQ(registry.kindOf(common.alias[5]), ParameterKind::Alias);
@@ -232,27 +226,11 @@ TEST(ElementDeferred, AWriteReadsBackWhileTheAudioThreadAppliesIt)
     EXPECT_EQ(probe.main().mode, (k - 1) % 4);
 }
 
-TEST(ElementDump, PrintsEveryParameterInOrderAndCountsMemory)
+TEST(ElementMemory, CountsTheParametersOfTheElementAndItsDescendants)
 {
-    auto element = std::make_shared<Element>("Plain", "Dumped");
-    testing::internal::CaptureStdout();
-    element->DumpParameters();
-    const std::string out = testing::internal::GetCapturedStdout();
-    const auto& ids = Element::commonIds();
-    const std::string expected = "****\n****\nElement::DumpParameters()\n2 parameters\n"
-                                 "****\nParameter 0:\nId: "
-                                 + std::to_string(ids.displayType)
-                                 + "\nName: DisplayType\nType: String\nDisplayName: DisplayType\nValue: Plain\n"
-                                   "****\nParameter 1:\nId: "
-                                 + std::to_string(ids.memorySize)
-                                 + "\nName: MemorySize\nType: Float\nDisplayName: MemorySize\nRange: 1/0\nValue: ";
-    std::ostringstream size;
-    size << static_cast<float>((2 * 72 + 240) / 1048576.0) << "\n";
-    EXPECT_EQ(out, expected + size.str());
-
-    // The memory size counts the parameters of the element and its descendants.
+    auto element = std::make_shared<Element>("Plain", "Counted");
+    const double own = element->ownMemorySize();
+    ASSERT_GT(own, 0.0);
     element->addChild(std::make_shared<Element>("Plain", "Child"));
-    const double each = (2 * 72.0 + 240.0) / 1048576.0;
-    EXPECT_DOUBLE_EQ(element->ownMemorySize(), each);
-    EXPECT_NEAR(element->floatParameter(Element::commonIds().memorySize), 2 * each, 1e-9);
+    EXPECT_NEAR(element->floatParameter(Element::commonIds().memorySize), 2 * own, 1e-9);
 }
