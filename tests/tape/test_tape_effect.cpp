@@ -171,8 +171,6 @@ TEST(TapeEffect, AddedChannelsKeepTheSettings)
     const TapeChannel& added = state.channels[1];
     EXPECT_EQ(added.flangeMode, TapeChannel::manualMode);
     EXPECT_EQ(added.decks[0].drive, 10.0);
-    EXPECT_EQ(added.decks[1].ringLength, 96000u);
-    EXPECT_EQ(state.dryDelays[1].maxDelay, 2880u);
 
     // Channels added after prepare, when the bus arrives: same settings, own blank tape,
     // and they play like the first channel (the hiss aside, which each deck has of its own).

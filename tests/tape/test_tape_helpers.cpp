@@ -118,9 +118,6 @@ TEST(DelayLine, IntegerDelayIsAnExactCopyAcrossTheWrap)
 {
     DelayLine line;
     line.configure(64, 100);
-    EXPECT_EQ(line.overlap, 67u);
-    EXPECT_EQ(line.length, 167u);
-    EXPECT_EQ(line.allocated, 234u);
     const auto input = ramp(2000);
     for (double delay : {0.0, 1.0, 37.0, 100.0})
     {
