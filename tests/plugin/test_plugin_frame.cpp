@@ -9,50 +9,15 @@
 
 using namespace oxa;
 
-namespace
-{
-juce::AudioProcessor::BusesLayout layout(juce::AudioChannelSet in, juce::AudioChannelSet out)
-{
-    juce::AudioProcessor::BusesLayout l;
-    l.inputBuses.add(in);
-    l.outputBuses.add(out);
-    return l;
-}
-} // namespace
-
-// Name, tail, layouts and latencies as a host sees them are checked through the built
-// bundle in tests/host, the tree in each wrapper beside the standalone's; these are the
-// frame's own workings underneath.
-TEST(PluginFrame, LatencyFollowsSampleRateAndMode)
+// Name, tail, layouts (mono in, stereo out among them) and latencies as a host sees them
+// are checked through the built bundle in tests/host, the tree in each wrapper beside the
+// standalone's; these are the frame's own workings underneath.
+TEST(PluginFrame, ARateOfZeroIsIgnored)
 {
     FluxDeckPlugin plugin;
-    EXPECT_EQ(plugin.getLatencySamples(), 2646) << "before prepare: the default rate, 44.1 kHz";
     plugin.prepareToPlay(48000.0, 256);
-    plugin.prepareToPlay(0.0, 512); // ignored
+    plugin.prepareToPlay(0.0, 512);
     EXPECT_EQ(plugin.getLatencySamples(), 2880);
-
-    Element* fx = plugin.getEngine()->findElement(String("FluxDeck"));
-    fx->setBoolParameter(fx->parameterId("ApplyLowLatency"), true);
-    plugin.updateLatency();
-    EXPECT_EQ(plugin.getLatencySamples(), 480);
-}
-
-TEST(PluginFrame, MonoInStereoOutFeedsBothChannels)
-{
-    FluxDeckPlugin plugin;
-    ASSERT_TRUE(plugin.setBusesLayout(layout(juce::AudioChannelSet::mono(), juce::AudioChannelSet::stereo())));
-    plugin.prepareToPlay(48000.0, 64);
-    juce::AudioBuffer<float> buffer(2, 64);
-    for (int i = 0; i < 64; ++i)
-    {
-        buffer.setSample(0, i, 0.25f * (float) (i % 4));
-        buffer.setSample(1, i, 9.0f); // garbage above the input count
-    }
-    juce::MidiBuffer midi;
-    plugin.processBlock(buffer, midi);
-    for (int i = 0; i < 64; ++i)
-        ASSERT_NEAR(buffer.getSample(0, i), buffer.getSample(1, i), 1e-3f) << i;
-    EXPECT_NE(buffer.getSample(1, 10), 9.0f);
 }
 
 TEST(PluginFrame, HostEventsBecomeEngineEventsAndMidiIsAlwaysClearedAndWaitsForABlockThatRenders)
