@@ -2,6 +2,7 @@
 // engine's own clock and its transport commands.
 #include "engine/Engine.h"
 #include "engine/HostTransport.h"
+#include "support/EngineRenderRig.h"
 
 #include <gtest/gtest.h>
 
@@ -77,14 +78,9 @@ TEST(HostTransport, BarPositionUsesLastBarStartOnlyAboveZero)
 
 namespace
 {
-struct ClockRig
+struct ClockRig : test::EngineRenderRig
 {
-    ClockRig()
-    {
-        engine = std::make_shared<Engine>();
-        engine->prepare(48000.0, 512);
-        context.setSampleRate(48000.0f);
-    }
+    ClockRig() : EngineRenderRig(512, 0.0f) { prepare(48000.0, 512); }
     void block(uint32_t n = 512)
     {
         context.transport.playing = -1; // no host transport: the engine's own clock rules
@@ -100,9 +96,6 @@ struct ClockRig
         e.sampleOffset = offset;
         events.push_back(e);
     }
-    std::shared_ptr<Engine> engine;
-    RenderContext context;
-    EventList events;
 };
 } // namespace
 

@@ -17,15 +17,13 @@ using namespace oxa;
 namespace
 {
 /** The instrument ahead of a unity-gain effect, rendering silence in, like the standalone. */
-struct InstrumentRig
+struct InstrumentRig : test::EngineRenderRig
 {
-    InstrumentRig() : bus(2, 512), left(512, 0.0f), right(512, 0.0f)
+    InstrumentRig() : EngineRenderRig(512, 0.0f)
     {
         program = TestInstrument::addTo(*engine);
         engine->addElement(effect);
-        engine->prepare(48000.0, 512);
-        engine->setBus(0, &bus);
-        context.setSampleRate(48000.0f);
+        prepare(48000.0, 512);
     }
 
     void note(uint32_t type, uint32_t key, uint32_t velocity, uint64_t offset = 0)
@@ -46,13 +44,7 @@ struct InstrumentRig
         {
             std::fill(left.begin(), left.end(), 0.0f);
             std::fill(right.begin(), right.end(), 0.0f);
-            float* channels[] = {left.data(), right.data()};
-            bus.setChannels(channels);
-            bus.markSilent(512);
-            engine->processEvents(context, events, 512);
-            engine->render(context, 512);
-            events.clear();
-            context.endOfBlock(512);
+            EngineRenderRig::render(512, true);
             double sum = 0.0;
             for (float v : left)
                 sum += (double) v * v;
@@ -63,13 +55,8 @@ struct InstrumentRig
 
     Keygroup& keygroup() { return *dynamic_cast<Keygroup*>(engine->findElement(String("/Program/Layer 0/Keygroup 0"))); }
 
-    std::shared_ptr<Engine> engine = std::make_shared<Engine>();
     std::shared_ptr<test::GainEffect> effect = std::make_shared<test::GainEffect>("FluxDeck");
     std::shared_ptr<Program> program;
-    AudioBus bus;
-    std::vector<float> left, right;
-    RenderContext context;
-    EventList events;
 };
 } // namespace
 
