@@ -50,8 +50,6 @@ TEST_F(EditorTest, KnobFramesFollowTheValueAndTypedValuesAreClamped)
 {
     ParamSlider* feedback = ui->getLfoModeUI().getMainMenu().knob("Feedback");
     ASSERT_NE(feedback, nullptr);
-    EXPECT_EQ(feedback->getFrameCount(), 129);
-    EXPECT_EQ(feedback->getWidth(), 28);
     for (const auto& [normalised, frame] : {std::pair {0.0f, 0}, {0.5f, 64}, {1.0f, 128}, {0.999f, 127}})
     {
         hostParameter("Feedback").setValueNotifyingHost(normalised);
