@@ -2,12 +2,35 @@
 // Small elements with a state of their own, used by the element tests.
 
 #include "element/Element.h"
+#include "element/ElementPersistence.h"
 #include "engine/ProcessingElement.h"
 
 #include <memory>
+#include <string>
 
 namespace oxa::test
 {
+/** An element's document, written and read back in memory. */
+inline std::string save(Element& element, SaveOptions options = {})
+{
+    std::string bytes;
+    saveToBytes(element, bytes, options);
+    return bytes;
+}
+
+inline bool load(Element& element, const std::string& bytes, SaveOptions options = {})
+{
+    return loadFromBytes(element, bytes, options);
+}
+
+/** Options for the old layout, which writes groups flat under a "HarrierProgram" root. */
+inline SaveOptions legacyLayout()
+{
+    SaveOptions options;
+    options.legacyLayout = 1;
+    return options;
+}
+
 struct ProbeState : ElementState
 {
     using ElementState::ElementState;

@@ -22,18 +22,6 @@ namespace oxa::test
 {
 namespace
 {
-std::string save(Element& element, SaveOptions options = {})
-{
-    std::string bytes;
-    saveToBytes(element, bytes, options);
-    return bytes;
-}
-
-bool load(Element& element, const std::string& bytes, SaveOptions options = {})
-{
-    return loadFromBytes(element, bytes, options);
-}
-
 std::string document(const std::string& attributes, const std::string& children = "")
 {
     return "<OXA4><SyncedProbe " + attributes + ">" + children + "</SyncedProbe></OXA4>";
@@ -65,9 +53,7 @@ TEST(ElementPersistenceText, AttributesInOrderWithTheirTextForms)
 
     probe.savedVersion = 0;
     EXPECT_EQ(save(probe).find("SyncedProbeVersion"), std::string::npos);
-    SaveOptions legacy;
-    legacy.legacyLayout = 1;
-    EXPECT_EQ(save(probe, legacy).rfind("<HarrierProgram>", 0), 0u);
+    EXPECT_EQ(save(probe, legacyLayout()).rfind("<HarrierProgram>", 0), 0u);
 }
 
 TEST(ElementPersistenceText, SaveLoadSaveIsByteIdentical)
@@ -194,9 +180,7 @@ TEST(ElementPersistenceConnections, SavedUnderTheirParameterAndReadBack)
     const std::string text = save(probe);
     EXPECT_NE(text.find("<Connections>\n            <SignalConnection "), std::string::npos) << text;
     EXPECT_NE(text.find("ModulationDestination=\"Gain\""), std::string::npos) << text;
-    SaveOptions legacy;
-    legacy.legacyLayout = 1;
-    EXPECT_EQ(save(probe, legacy).find("Connections"), std::string::npos);
+    EXPECT_EQ(save(probe, legacyLayout()).find("Connections"), std::string::npos);
 
     SyncedProbe copy;
     ASSERT_TRUE(load(copy, text));
@@ -355,11 +339,8 @@ TEST(EnginePersistence, UnknownChildrenFailTheLoadButTheRestLoadsAndAVetoKeepsTh
     Engine engine;
     const size_t envelopes = engine.envelopes().size();
     ASSERT_GT(envelopes, 0u);
-    SaveOptions options;
-    EXPECT_FALSE(loadFromBytes(engine,
-                               "<OXA4><Engine Name=\"Engine\" Tempo=\"90\" SyncToHost=\"0\"><Alien/><GainEffect Name=\"Knob\" "
-                               "TestGain=\"9\"/><Properties a=\"1\"/></Engine></OXA4>",
-                               options));
+    EXPECT_FALSE(load(engine, "<OXA4><Engine Name=\"Engine\" Tempo=\"90\" SyncToHost=\"0\"><Alien/><GainEffect Name=\"Knob\" "
+                              "TestGain=\"9\"/><Properties a=\"1\"/></Engine></OXA4>"));
     ASSERT_NE(knobOf(engine), nullptr);
     EXPECT_FLOAT_EQ(knobOf(engine)->gainValue, 2.0f) << "clamped";
     EXPECT_EQ(engine.renderOrder().size(), 1u) << "the properties group is no child element";
@@ -372,8 +353,9 @@ TEST(EnginePersistence, UnknownChildrenFailTheLoadButTheRestLoadsAndAVetoKeepsTh
         bool onElement(Element&, SaveOptions&, int) override { return false; }
         void onProgress() override {}
     } veto;
+    SaveOptions options;
     options.loadListener = &veto;
-    EXPECT_FALSE(loadFromBytes(engine, "<OXA4><Engine Name=\"Engine\"/></OXA4>", options));
+    EXPECT_FALSE(load(engine, "<OXA4><Engine Name=\"Engine\"/></OXA4>", options));
     EXPECT_NE(knobOf(engine), nullptr);
 }
 } // namespace oxa::test

@@ -1,12 +1,13 @@
 // Control sources and event processors of a processing element: who owns them, the
 // order they run in around the element, and how they are written and read back.
 #include "element/ElementFactory.h"
-#include "element/ElementPersistence.h"
+#include "element/ElementTestSupport.h"
 #include "element/ParameterRegistry.h"
 #include "engine/ControlSignalSource.h"
 #include "engine/Engine.h"
 #include "engine/EventProcessor.h"
 #include "engine/ProcessingElement.h"
+#include "support/EngineRenderRig.h"
 #include "tape/FluxDeckProcessor.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +16,8 @@
 #include <vector>
 
 using namespace oxa;
+using test::load;
+using test::save;
 
 namespace
 {
@@ -109,31 +112,6 @@ protected:
     {
         registerTestTypes();
         renderLog().clear();
-    }
-
-    static std::string saved(Element& element, uint8_t legacyLayout = 0)
-    {
-        SaveOptions options;
-        options.legacyLayout = legacyLayout;
-        std::string bytes;
-        saveToBytes(element, bytes, options);
-        return bytes;
-    }
-
-    static bool load(Element& element, const std::string& bytes)
-    {
-        SaveOptions options;
-        return loadFromBytes(element, bytes, options);
-    }
-
-    static EngineEvent note(uint32_t number, uint64_t offset)
-    {
-        EngineEvent e;
-        e.type = EventType::noteOn;
-        e.data1 = number;
-        e.data2 = 100;
-        e.sampleOffset = offset;
-        return e;
     }
 };
 } // namespace
@@ -254,8 +232,8 @@ TEST_F(ControlSources, ProcessorsRewriteWhatTheOwnerAndItsSourcesHear)
     RenderContext context;
     EventList events;
     events.reserve(8);
-    events.push_back(note(60, 10));
-    events.push_back(note(40, 2));
+    events.push_back(test::engineEvent(EventType::noteOn, 60, 100, 10));
+    events.push_back(test::engineEvent(EventType::noteOn, 40, 100, 2));
     owner->processEvents(context, events, 64);
 
     // sorted by offset, then moved up 12 and down 5 in slot order
@@ -290,7 +268,7 @@ TEST_F(ControlSources, GroupsRoundTripWithEmptySlotAndWithoutUnsavedEntries)
     owner->addEventProcessor(hidden);
     owner->addEventProcessor(std::make_shared<Transposer>("Last"));
 
-    const std::string text = saved(*owner);
+    const std::string text = save(*owner);
     const size_t properties = text.find("<Properties");
     const size_t sources = text.find("<ControlSignalSources>");
     const size_t processors = text.find("<EventProcessors>");
@@ -313,10 +291,10 @@ TEST_F(ControlSources, GroupsRoundTripWithEmptySlotAndWithoutUnsavedEntries)
     EXPECT_EQ(loaded->eventProcessor(2)->name().text(), String("Last"));
     EXPECT_EQ(loaded->eventProcessor(2)->parent(), loaded.get());
 
-    EXPECT_EQ(saved(*loaded), text);
+    EXPECT_EQ(save(*loaded), text);
 
     // the old layout writes them flat, without the empty slot, and reads them back
-    const std::string flat = saved(*owner, 1);
+    const std::string flat = save(*owner, test::legacyLayout());
     EXPECT_EQ(flat.find("ControlSignalSources"), std::string::npos);
     EXPECT_EQ(flat.find("EmptyEventProcessor"), std::string::npos);
     Owner reread;
@@ -380,5 +358,5 @@ TEST_F(ControlSources, NothingToWriteWritesNoGroups)
     owner.addEventProcessor(hidden);
     for (Element* element : {(Element*) &effect, (Element*) &owner})
         for (const char* group : {"ControlSignalSources", "EventProcessors", "EmptyEventProcessor"})
-            EXPECT_EQ(saved(*element).find(group), std::string::npos) << element->typeName().text().str() << " " << group;
+            EXPECT_EQ(save(*element).find(group), std::string::npos) << element->typeName().text().str() << " " << group;
 }

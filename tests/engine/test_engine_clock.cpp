@@ -87,14 +87,11 @@ struct ClockRig : test::EngineRenderRig
         engine->processEvents(context, events, n);
         events.clear();
     }
-    void controller(uint32_t number, uint64_t offset = 0)
+    // The transport's controllers: 117 rewinds, 118 toggles play, 119 toggles record.
+    void blockWithController(uint32_t number)
     {
-        EngineEvent e;
-        e.type = EventType::controller;
-        e.data1 = number;
-        e.data2 = 127;
-        e.sampleOffset = offset;
-        events.push_back(e);
+        events.push_back(test::engineEvent(EventType::controller, number, 127));
+        block();
     }
 };
 } // namespace
@@ -138,22 +135,17 @@ TEST(EngineClock, TempoFollowsHostOnlyWhenSyncedAndThePositionAdvancesWhileStopp
 TEST(EngineClock, PlayStopAndRewindWhileRecordingByController)
 {
     ClockRig rig;
-    rig.controller(118); // play
-    rig.block();
+    rig.blockWithController(118); // play
     EXPECT_TRUE(rig.engine->isPlaying());
     EXPECT_EQ(rig.context.transport.playing, 1);
-    rig.controller(118); // and stop again
-    rig.block();
+    rig.blockWithController(118); // and stop again
     EXPECT_FALSE(rig.engine->isPlaying());
 
     // rewind while recording stops and ends the take
-    rig.controller(118);
-    rig.block();
-    rig.controller(119);
-    rig.block();
+    rig.blockWithController(118);
+    rig.blockWithController(119);
     ASSERT_TRUE(rig.engine->isRecording());
-    rig.controller(117);
-    rig.block();
+    rig.blockWithController(117);
     EXPECT_FALSE(rig.engine->isPlaying());
     EXPECT_FALSE(rig.engine->isRecording());
     EXPECT_EQ(rig.context.transport.flags & 1u, 1u);
@@ -164,11 +156,10 @@ TEST(EngineClock, RecordWhileStoppedCountsInFourBeats)
 {
     ClockRig rig;
     rig.context.transport.tempo = 120.0f; // 24000 samples a beat
-    rig.controller(119);
-    rig.block(512);
+    rig.blockWithController(119);
     EXPECT_TRUE(rig.engine->isRecording());
     EXPECT_FALSE(rig.engine->isPlaying());
     for (int i = 0; i < 200 && !rig.engine->isPlaying(); ++i)
-        rig.block(512);
+        rig.block();
     EXPECT_TRUE(rig.engine->isPlaying());
 }

@@ -28,12 +28,7 @@ struct InstrumentRig : test::EngineRenderRig
 
     void note(uint32_t type, uint32_t key, uint32_t velocity, uint64_t offset = 0)
     {
-        EngineEvent e;
-        e.type = type;
-        e.data1 = key;
-        e.data2 = velocity;
-        e.sampleOffset = offset;
-        events.push_back(e);
+        events.push_back(test::engineEvent(type, key, velocity, offset));
     }
 
     /** Renders `blocks` blocks of 512 and gives the RMS of the last one. */

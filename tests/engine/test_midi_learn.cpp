@@ -17,12 +17,7 @@ namespace
 {
 EngineEvent controller(uint32_t number, uint32_t value, uint64_t offset)
 {
-    EngineEvent e;
-    e.type = EventType::controller;
-    e.data1 = number;
-    e.data2 = value;
-    e.sampleOffset = offset;
-    return e;
+    return test::engineEvent(EventType::controller, number, value, offset);
 }
 
 struct LearnRig : test::EngineRig

@@ -56,9 +56,7 @@ TEST(Rendering, BoolWriteEventArrivesBeforeRendering)
     EXPECT_TRUE(rig.effect->calls.empty()); // bypassed in the same block
 
     rig.effect->heard.clear();
-    EngineEvent note;
-    note.type = EventType::noteOn;
-    rig.events.push_back(note);
+    rig.events.push_back(test::engineEvent(EventType::noteOn, 60));
     rig.render(16);
     EXPECT_TRUE(rig.effect->heard.empty()); // a bypassed element hears nothing
     EXPECT_FLOAT_EQ(rig.left[0], 1.0f);     // and leaves the audio alone
@@ -72,13 +70,7 @@ TEST(EngineRing, BusyEngineQueuesEventsAndLosesTheOldestOnOverflow)
         std::unique_lock<std::recursive_mutex> busy(rig.engine->engineLock());
         std::thread audio([&] {
             for (uint32_t i = 0; i < 65; ++i)
-            {
-                EngineEvent e;
-                e.type = EventType::controller;
-                e.data1 = 1;
-                e.data2 = i;
-                rig.events.push_back(e);
-            }
+                rig.events.push_back(test::engineEvent(EventType::controller, 1, i));
             rig.engine->processEvents(rig.context, rig.events, 64);
             rig.events.clear();
         });

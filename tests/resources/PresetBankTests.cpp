@@ -1,7 +1,7 @@
 // Loading, applying, saving and walking module presets on a real processor
 // element: bad files change nothing, locks and the kept values hold, and the
 // factory banks in the module's archive are complete and readable.
-#include "element/ElementPersistence.h"
+#include "element/ElementTestSupport.h"
 #include "resources/VolumeTable.h"
 #include "resources/presets/PresetBank.h"
 #include "tape/FluxDeckProcessor.h"
@@ -54,13 +54,7 @@ protected:
     bool flag(const char* name) const { return processor->boolParameter(processor->parameterId(name)); }
     int number(const char* name) const { return processor->intParameter(processor->parameterId(name)); }
     void set(const char* name, float v) { processor->setFloatParameter(processor->parameterId(name), v); }
-    std::string snapshot()
-    {
-        std::string bytes;
-        SaveOptions options;
-        saveToBytes(*processor, bytes, options);
-        return bytes;
-    }
+    std::string snapshot() { return test::save(*processor); }
 
     juce::TemporaryFile scratch;
     juce::File folder = scratch.getFile();

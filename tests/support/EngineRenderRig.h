@@ -9,6 +9,17 @@
 
 namespace oxa::test
 {
+/** A note, controller or other event with its two data bytes, at an offset into the block. */
+inline EngineEvent engineEvent(uint32_t type, uint32_t data1, uint32_t data2 = 0, uint64_t offset = 0)
+{
+    EngineEvent e;
+    e.type = type;
+    e.data1 = data1;
+    e.data2 = data2;
+    e.sampleOffset = offset;
+    return e;
+}
+
 struct EngineRenderRig
 {
     EngineRenderRig(uint32_t block, float fill) : bus(2, block), left(block, fill), right(block, fill) {}
