@@ -1,9 +1,12 @@
 // Saving and restoring the plug-in's state through the host, as a DAW project does.
 
 #include "HostedPluginSupport.h"
+#include "support/StateChunks.h"
 
 namespace oxa::host::testing
 {
+using oxa::test::expectSameValues;
+
 namespace
 {
 constexpr int kBlock = 256;
@@ -24,13 +27,6 @@ void scatterParameters(juce::AudioPluginInstance& plugin, float offset, bool fli
             value = std::round(value * (float) (steps - 1)) / (float) (steps - 1);
         parameters[i]->setValueNotifyingHost(value);
     }
-}
-
-void expectSameValues(const std::vector<float>& actual, const std::vector<float>& expected, const char* when)
-{
-    ASSERT_EQ(actual.size(), expected.size()) << when;
-    for (size_t i = 0; i < actual.size(); ++i)
-        EXPECT_EQ(actual[i], expected[i]) << when << ", parameter " << i;
 }
 
 } // namespace

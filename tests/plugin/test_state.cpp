@@ -35,13 +35,6 @@ int32_t intAt(const juce::MemoryBlock& chunk, size_t offset)
 
 void pumpMessages() { juce::MessageManager::getInstance()->runDispatchLoopUntil(30); }
 
-void expectSameValues(const std::vector<float>& actual, const std::vector<float>& expected, const std::string& when)
-{
-    ASSERT_EQ(actual.size(), expected.size()) << when;
-    for (size_t i = 0; i < actual.size(); ++i)
-        EXPECT_EQ(actual[i], expected[i]) << when << ", parameter " << i;
-}
-
 std::string withValue(std::string xml, const std::string& attribute, const std::string& value)
 {
     const size_t at = xml.find(" " + attribute + "=\"");

@@ -2,6 +2,7 @@
 // The plug-in's state chunk as a host holds it ("OXA4", version, length, zlib-wrapped XML),
 // read and written here with JUCE alone, so that tests do not trust the plug-in's own
 // reader to check its writer.
+#include <gtest/gtest.h>
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <string>
@@ -51,5 +52,13 @@ inline std::vector<float> hostValues(juce::AudioProcessor& plugin)
     for (auto* p : plugin.getParameters())
         values.push_back(p->getValue());
     return values;
+}
+
+/** Two readings of the parameters agree exactly, slot for slot. */
+inline void expectSameValues(const std::vector<float>& actual, const std::vector<float>& expected, const std::string& when)
+{
+    ASSERT_EQ(actual.size(), expected.size()) << when;
+    for (size_t i = 0; i < actual.size(); ++i)
+        EXPECT_EQ(actual[i], expected[i]) << when << ", parameter " << i;
 }
 } // namespace oxa::test
