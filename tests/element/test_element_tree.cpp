@@ -39,9 +39,8 @@ struct Tree
         a->addChild(b);
         for (const char* n : {"Ch2", "Other", "Ch1"})
             root->addChild(plain(n));
-        root->clearModified();
-        a->clearModified();
-        b->clearModified();
+        for (Element* e : {root.get(), a.get(), b.get()})
+            e->clearModified();
     }
 };
 } // namespace

@@ -54,8 +54,10 @@ double squaredDistance(const std::vector<float>& a, const std::vector<float>& b,
     return sum;
 }
 
-void allStagesOff(TapeEffectState& state)
+// One channel at 44.1 kHz with the record head, playback filters and transport all off.
+void prepareWithStagesOff(TapeEffectState& state)
 {
+    state.prepare(44100.0, 256, 1);
     state.forEachDeck([](TapeDeck& deck) {
         deck.setRecordHeadOn(false);
         deck.setPlaybackFilterOn(false);
@@ -95,8 +97,7 @@ TEST(TapeEffect, AllStagesOffIsTheSaturatedInputOrItsCancellation)
     for (Setup setup : {lfoWithoutDepth, manualCoincident, manualAtTheEnd, invertedCoincident})
     {
         TapeEffectState state;
-        state.prepare(44100.0, 256, 1);
-        allStagesOff(state);
+        prepareWithStagesOff(state);
         state.setFlangeMode(setup == lfoWithoutDepth ? TapeChannel::lfoMode : TapeChannel::manualMode);
         if (setup == lfoWithoutDepth)
             state.forEachDeck([](TapeDeck& deck) { deck.flangeDepth = 0.0; });
@@ -122,8 +123,7 @@ TEST(TapeEffect, MatchedNoiseReductionIsNearlyTransparent)
     for (int type = 0; type <= 3; ++type)
     {
         TapeEffectState state;
-        state.prepare(44100.0, 256, 1);
-        allStagesOff(state);
+        prepareWithStagesOff(state);
         state.forEachDeck([type](TapeDeck& deck) {
             deck.setEncoderType(type);
             deck.setDecoderType(type);

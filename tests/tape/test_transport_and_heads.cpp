@@ -84,6 +84,12 @@ struct Rig
         state.render(pointers.data(), static_cast<std::uint32_t>(pointers.size()), n, TapeHostInfo{}, false,
                      hostTempo, speed.data(), dry.data());
     }
+
+    void run(int ticks)
+    {
+        for (int i = 0; i < ticks; ++i)
+            render(32);
+    }
 };
 
 TEST(TapeHead, ForwardHeadSettlesAtTheLatency)
@@ -93,8 +99,7 @@ TEST(TapeHead, ForwardHeadSettlesAtTheLatency)
         Rig rig(sampleRate);
         rig.state.setFlangeMode(TapeChannel::manualMode);
         rig.state.setRelativeDelay(0.0); // the second deck at the nominal delay too
-        for (int i = 0; i < 2000; ++i)
-            rig.render(32);
+        rig.run(2000);
         for (const TapeDeck& deck : rig.state.channels[0].decks)
         {
             const TapeHead& head = deck.heads[0];
@@ -109,8 +114,7 @@ TEST(TapeHead, ForwardHeadSettlesAtTheLatency)
 TEST(TapeHead, LowLatencyMovesTheForwardHeadsAndLimitsTheDepth)
 {
     Rig rig(44100.0);
-    for (int i = 0; i < 200; ++i)
-        rig.render(32);
+    rig.run(200);
     rig.state.setLowLatency(true, 0.015);
     EXPECT_EQ(rig.state.latency, 0.01f);
     EXPECT_EQ(rig.state.channels[0].decks[1].flangeDepth, 0.009);
@@ -118,8 +122,7 @@ TEST(TapeHead, LowLatencyMovesTheForwardHeadsAndLimitsTheDepth)
     EXPECT_EQ(rig.state.channels[0].decks[1].flangeDepth, 0.009);
     rig.state.setFlangeMode(TapeChannel::manualMode);
     rig.state.setRelativeDelay(0.0);
-    for (int i = 0; i < 2000; ++i) // past the half-second ramp
-        rig.render(32);
+    rig.run(2000); // past the half-second ramp
     for (const TapeDeck& deck : rig.state.channels[0].decks)
         EXPECT_NEAR(deck.heads[0].delayInSamples(0), 441.0, 1e-3);
 }
@@ -164,12 +167,10 @@ TEST(TapeHead, SecondDeckObeysTheMovingTapeIdentity)
 TEST(TapeHead, SpeedChangeKeepsTheDelayAfterTheRamp)
 {
     Rig rig(48000.0);
-    for (int i = 0; i < 1000; ++i)
-        rig.render(32);
+    rig.run(1000);
     const double before = rig.state.channels[0].decks[0].heads[0].currentDelay;
     rig.state.setTapeSpeed(0.5);
-    for (int i = 0; i < 1500; ++i)
-        rig.render(32);
+    rig.run(1500);
     const TapeHead& head = rig.state.channels[0].decks[0].heads[0];
     EXPECT_NEAR(head.currentDelay, before, 1e-6);
     EXPECT_DOUBLE_EQ(head.tapeLength, 0.03);
@@ -227,8 +228,7 @@ TEST(TapeHead, SpeedChangeKeepsEveryHeadBehindThePresent)
     rig.state.setLowLatency(true, 0.009);
     rig.state.setFeedbackDelay(0.0025);
     rig.state.setTapeSpeed(0.1);
-    for (int i = 0; i < 200; ++i)
-        rig.render(32);
+    rig.run(200);
     rig.state.setTapeSpeed(1.995);
     const TapeChannel& channel = rig.state.channels[0];
     struct Case
@@ -281,8 +281,7 @@ TEST(NoiseSync, OffRunsIdenticalModulationOnDrifts)
             deck.transport.wowDepth = 0.1;
         });
         rig.state.setNoiseSync(unsync);
-        for (int i = 0; i < 500; ++i)
-            rig.render(32);
+        rig.run(500);
         const auto& channels = rig.state.channels;
         for (std::size_t deck : {0, 1})
             EXPECT_EQ(channels[0].decks[deck].speedHistory == channels[1].decks[deck].speedHistory, !unsync) << deck;
