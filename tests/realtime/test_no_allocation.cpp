@@ -87,8 +87,10 @@ using namespace oxa;
 
 namespace
 {
-void renderBlocks(FluxDeckPlugin& plugin, int blocks, int blockSize, int eventsPerBlock, long& counted)
+// Allocations the audio thread makes over blocks of noise, each with that many note events.
+long allocationsRendering(FluxDeckPlugin& plugin, int blocks, int blockSize, int eventsPerBlock)
 {
+    long counted = 0;
     juce::AudioBuffer<float> buffer(2, blockSize);
     juce::MidiBuffer midi;
     midi.ensureSize(8 * (size_t) (eventsPerBlock + 1) * 16);
@@ -105,6 +107,7 @@ void renderBlocks(FluxDeckPlugin& plugin, int blocks, int blockSize, int eventsP
         plugin.processBlock(buffer, midi);
         counted += test::CountedAllocations::total();
     }
+    return counted;
 }
 } // namespace
 
@@ -112,25 +115,18 @@ TEST(AudioThread, ProcessBlockNeverAllocates)
 {
     FluxDeckPlugin plugin;
     plugin.prepareToPlay(48000.0, 512);
-    long counted = 0;
-    renderBlocks(plugin, 400, 512, 0, counted);
-    renderBlocks(plugin, 50, 512, 16, counted);
-    renderBlocks(plugin, 50, 100, 0, counted); // shorter blocks than prepared
-    EXPECT_EQ(counted, 0);
+    EXPECT_EQ(allocationsRendering(plugin, 400, 512, 0), 0);
+    EXPECT_EQ(allocationsRendering(plugin, 50, 512, 16), 0);
+    EXPECT_EQ(allocationsRendering(plugin, 50, 100, 0), 0) << "shorter blocks than prepared";
 }
 
 TEST(AudioThread, OnlyAFloodOfMidiMayGrowTheEventList)
 {
     FluxDeckPlugin plugin;
     plugin.prepareToPlay(48000.0, 512);
-    long counted = 0;
-    renderBlocks(plugin, 5, 512, 1000, counted); // within the reserved room
-    EXPECT_EQ(counted, 0);
-    renderBlocks(plugin, 1, 512, 1100, counted); // past it: the list grows once
-    EXPECT_GT(counted, 0);
-    counted = 0;
-    renderBlocks(plugin, 5, 512, 1100, counted); // and keeps its new room
-    EXPECT_EQ(counted, 0);
+    EXPECT_EQ(allocationsRendering(plugin, 5, 512, 1000), 0) << "within the reserved room";
+    EXPECT_GT(allocationsRendering(plugin, 1, 512, 1100), 0) << "past it the list grows once";
+    EXPECT_EQ(allocationsRendering(plugin, 5, 512, 1100), 0) << "and keeps its new room";
 }
 
 TEST(AudioThread, NeitherHostWritesNorABlockTakeABlockingLock)
