@@ -29,14 +29,11 @@ juce::AudioProcessor::BusesLayout layoutOf(const juce::AudioChannelSet& in, cons
 
 int latencyAfterPrepare(double sampleRate, int blockSize)
 {
-    auto plugin = loadBuiltPlugin(sampleRate, blockSize);
-    if (plugin == nullptr)
+    HostedInstance hosted(sampleRate, blockSize);
+    if (hosted.plugin == nullptr)
         return -1;
-
-    OfflineRenderer renderer(*plugin, blockSize);
-    EXPECT_EQ(renderer.prepare(sampleRate, 2), "");
     PluginHost::pumpMessages(20);
-    return plugin->getLatencySamples();
+    return hosted.plugin->getLatencySamples();
 }
 } // namespace
 
@@ -74,10 +71,9 @@ TEST(HostedBundle, LatencyIsSixtyMillisecondsTruncatedAtAnyBlockSize)
 
 TEST(HostedBundle, TailIsReportedAsInfinite)
 {
-    auto plugin = loadBuiltPlugin();
-    ASSERT_NE(plugin, nullptr);
-    OfflineRenderer renderer(*plugin, 512);
-    ASSERT_EQ(renderer.prepare(44100.0, 2), "");
+    HostedInstance hosted(44100.0, 512);
+    ASSERT_NE(hosted.plugin, nullptr);
+    auto& plugin = hosted.plugin;
 
     // The VST3 host maps the format's "infinite tail" marker to infinity, not to a length.
     EXPECT_TRUE(std::isinf(plugin->getTailLengthSeconds())) << plugin->getTailLengthSeconds();

@@ -252,14 +252,13 @@ TEST(LevelMeasurement, SineLevelsMatchTheirTheory)
     EXPECT_TRUE(report.contains("peak      -12.04 dBFS  (-6.02 dB against the input)")) << report;
 }
 
-TEST(FloatWav, HasTheNonPcmHeaderStrictReadersWant)
+TEST_F(AudioFilesTest, FloatWavHasTheNonPcmHeaderStrictReadersWant)
 {
-    juce::TemporaryFile temporary(".wav");
     host::AudioClip clip{ sine(2, 48000.0, 440.0, 0.5f, 0.01), 48000.0 };
-    ASSERT_EQ(host::writeWavFile(temporary.getFile(), clip, 32), "");
+    ASSERT_EQ(host::writeWavFile(file, clip, 32), "");
 
     juce::MemoryBlock bytes;
-    ASSERT_TRUE(temporary.getFile().loadFileAsData(bytes));
+    ASSERT_TRUE(file.loadFileAsData(bytes));
     const auto* data = static_cast<const char*>(bytes.getData());
     const auto word = [&](size_t at) { return juce::ByteOrder::littleEndianInt(data + at); };
     const auto half = [&](size_t at) { return juce::ByteOrder::littleEndianShort(data + at); };
